@@ -1,0 +1,66 @@
+# One place for how a library, a test, a benchmark and a fuzz target of this project are made.
+
+include(${CMAKE_CURRENT_LIST_DIR}/warnings.cmake)
+
+# tw_library(name SOURCES file... LINKS target... PRIVATE_LINKS target...)
+# A static library that carries its folder include/ and lets only itself see source/.
+function(tw_library name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINKS;PRIVATE_LINKS" ${ARGN})
+  add_library(${name} STATIC ${ARG_SOURCES})
+  target_include_directories(${name} PUBLIC include)
+  if(IS_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR}/source)
+    target_include_directories(${name} PRIVATE source)
+  endif()
+  target_link_libraries(${name} PUBLIC ${ARG_LINKS} PRIVATE ${ARG_PRIVATE_LINKS})
+  tw_warnings(${name})
+endfunction()
+
+# tw_test(name [GL] SOURCES file... LINKS target...)
+# A GoogleTest binary that ctest runs. With GL it runs under a virtual display of its own.
+function(tw_test name)
+  if(NOT TIDEWHEEL_TESTS)
+    return()
+  endif()
+  cmake_parse_arguments(ARG "GL" "" "SOURCES;LINKS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE ${ARG_LINKS} GTest::gtest GTest::gtest_main)
+  tw_warnings(${name})
+  # Tests may look at what the library keeps to itself.
+  target_include_directories(${name} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/source ${CMAKE_CURRENT_SOURCE_DIR}/tests)
+  if(ARG_GL)
+    # -noreset: the display would reset itself when SDL's first connection closes.
+    add_test(NAME ${name} COMMAND xvfb-run -a -s "-screen 0 1024x768x24 -noreset" $<TARGET_FILE:${name}>)
+    # The driver and the X libraries keep a few blocks of their own at exit.
+    set_tests_properties(${name} PROPERTIES LABELS gl ENVIRONMENT
+      "SDL_AUDIODRIVER=dummy;LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/cmake/lsan.supp:print_suppressions=0")
+  else()
+    add_test(NAME ${name} COMMAND ${name})
+  endif()
+  set_tests_properties(${name} PROPERTIES TIMEOUT 600)
+endfunction()
+
+# tw_benchmark(name SOURCES file... LINKS target...)
+# A Google Benchmark binary; ./bench runs every file in build/bench.
+function(tw_benchmark name)
+  if(NOT TIDEWHEEL_BENCHMARKS)
+    return()
+  endif()
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE ${ARG_LINKS} benchmark::benchmark)
+  tw_warnings(${name})
+  set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bench)
+endfunction()
+
+# tw_fuzzer(name SOURCES file... LINKS target...)
+# A libFuzzer binary; only with clang and TIDEWHEEL_FUZZ.
+function(tw_fuzzer name)
+  if(NOT TIDEWHEEL_FUZZ)
+    return()
+  endif()
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINKS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE ${ARG_LINKS})
+  target_link_options(${name} PRIVATE -fsanitize=fuzzer)
+  tw_warnings(${name})
+endfunction()
