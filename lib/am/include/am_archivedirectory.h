@@ -1,0 +1,24 @@
+#pragma once
+
+#include "am_archivebase.h"
+
+namespace AM
+{
+// A directory on disk.
+class ArchiveDirectory : public ArchiveBase
+{
+public:
+    // pPath goes in front of every file name as it stands, so that it ends with its own slash.
+    explicit ArchiveDirectory(const std::string& pPath);
+    ~ArchiveDirectory() override;
+
+    // Only regular files can be read: a folder, a pipe or a device is a file that was not found. Throws AM::Exception
+    // for a file of 2 GB or more, or one that does not fit into memory.
+    File read(const std::string& pFilename) override;
+
+    // Replaces the file. Directories are not created.
+    bool write(File pFile) override;
+
+    std::string mPath;
+};
+}
