@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cassert>
+
 namespace Fennel
 {
 
@@ -14,5 +16,10 @@ public:
 
     unsigned int mRefCount = 0; // handles on this object; 0 again when it dies
 };
+
+inline RefCounter::~RefCounter()
+{
+    assert(mRefCount==0);
+}
 
 } // namespace Fennel

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "mb_matrix4x4col.h"
+
+#include <vector>
+
+namespace Fennel
+{
+
+class Material;
+class Submesh;
+
+// The draw jobs of one frame, in this order: clear, add as often as needed, sort, render. Sorted, jobs with the same
+// buffers stand together, and among those the ones with the same texture, so that each job changes as little GL state
+// as the one before it leaves possible. The order between different buffers means nothing and differs between runs.
+class RenderManager
+{
+public:
+    struct Job
+    {
+        static const int MIRRORED = 1; // the transform mirrors, so triangles wind the other way round
+
+        bool operator<(const Job& other) const;
+
+        const Submesh* submesh = nullptr;   // not owned
+        const Material* material = nullptr; // not owned
+        MathBase::Matrix4x4Col matrix;      // the full modelview matrix
+        int flags = 0;                      // MIRRORED or 0
+    };
+
+    RenderManager();
+
+    // Appends a job. What the pointers lead to must stay for this frame.
+    void add(const Submesh* submesh, const Material* material, const MathBase::Matrix4x4Col& matrix,
+             unsigned int flags);
+
+    void sort();
+
+    // Sets the base state and draws all jobs in list order. The modelview mode must be on. Buffers stay bound.
+    void render() const;
+
+    // Removes all jobs and keeps their room, so that a frame no larger than the ones before allocates nothing.
+    void clear();
+
+    std::vector<Job> mJobs;
+};
+
+} // namespace Fennel
