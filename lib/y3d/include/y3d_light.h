@@ -22,8 +22,8 @@ public:
     const TrackFloat& getDistance() const { return mDistance; }
     const TrackFloat& getEnergy() const { return mEnergy; }
 
-    bool mLightFlag = false; // carried from file to file, read by nothing
-    TrackFloat mDistance;    // 1 divided by it is the linear attenuation
+    bool mLightFlag;      // carried from file to file, read by nothing
+    TrackFloat mDistance; // 1 divided by it is the linear attenuation
     TrackFloat mEnergy;
     TrackColor4f mLightColor; // white where the file does not say
 };

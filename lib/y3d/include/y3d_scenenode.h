@@ -3,12 +3,12 @@
 #include <string>
 #include <vector>
 
+#include "cl_readbuffer.h"
 #include "y3d_trackquatf.h"
 #include "y3d_trackvector3f.h"
 
 namespace ChunkLib
 {
-class ReadBuffer;
 class WriteBuffer;
 } // namespace ChunkLib
 
@@ -20,9 +20,10 @@ namespace y3d
 class SceneNode
 {
 public:
-    // Scenes and nodes nest at most this deep in a file. Loading cuts off what lies deeper, with a line on standard
-    // output, and writing refuses it, so that neither runs out of stack.
-    static const int MAX_LEVELS = 1000;
+    // The chunks of nodes and bones lie at most this deep in a file, counted from the main chunk as 1; the two levels
+    // more that can be read are for a node's tracks and their values. Loading leaves out what lies deeper, with a line
+    // on standard output, and writing refuses it, so that neither runs out of stack.
+    static const unsigned int MAX_LEVELS = ChunkLib::ReadBuffer::MAX_LEVELS - 2;
 
     SceneNode();
     SceneNode(const SceneNode&) = delete;
