@@ -18,7 +18,7 @@ class VideoFile;
 
 namespace Xml
 {
-class IteratorConst;
+class XmlTag;
 }
 
 namespace Tidewheel
@@ -28,9 +28,6 @@ class DeviceSDL;
 class Effect;
 class HUD;
 class MiniHUD;
-
-// The text of an error code of the sound library.
-const char* FMOD_ErrorString(int code);
 
 // The runtime: owns the archives, the timeline, the window, the HUDs, the music and the frame dumper, and runs the
 // show. Use: addArchive for each place where data lies, `load`, addEffect for each effect, `run`.
@@ -106,22 +103,29 @@ public:
 private:
     struct Loop;
 
-    void loadWindow(const Xml::IteratorConst& tag);
-    void loadMusic(const Xml::IteratorConst& tag);
-    void loadScript(const Xml::IteratorConst& tag);
-    void loadVideoDump(const Xml::IteratorConst& tag);
+    void loadWindow(const Xml::XmlTag& tag);
+    void loadMusic(const Xml::XmlTag& tag);
+    void loadScript(const Xml::XmlTag& tag);
+    void loadVideoDump(const Xml::XmlTag& tag);
     void closeMusic();
 
+    void checkWindow() const;
     void setupEffects();
+    void showLoading(int index);
     void startMusic();
     void runFrame(Loop& loop);
     void processInput(Loop& loop);
     void processKey(const Event& event, Loop& loop);
+    void processStartKey(const Event& event);
+    void seek(const Event& event, float direction);
     void togglePause();
     void saveScript();
     void writeScreenShot(AM::Image& image);
-    void sendTimeEvent(Loop& loop);
+    void advanceTime(Loop& loop);
+    void updateHUDs(Loop& loop);
     void dumpFrame(Loop& loop);
+    bool sizeImage(AM::Image& image) const;
+    void writeText(const std::string& name, const std::string& text);
 };
 
 } // namespace Tidewheel

@@ -1,0 +1,96 @@
+// The show: which effects it is played from, under which names its script knows them, and where its data lies.
+
+#include "blood.h"
+#include "boolean.h"
+#include "circle.h"
+#include "clear.h"
+#include "crashscene.h"
+#include "flash.h"
+#include "greetings.h"
+#include "hypno.h"
+#include "loading.h"
+#include "overlay.h"
+#include "pixels.h"
+#include "radialblur.h"
+#include "render2texture.h"
+#include "sandrift.h"
+#include "scenese.h"
+#include "static.h"
+#include "stencil.h"
+#include "stencilop.h"
+
+#include "tw_base.h"
+
+#include <cstdio>
+#include <exception>
+
+int main(int, char**)
+{
+    try
+    {
+        Tidewheel::Base base;
+        base.addArchive("../");
+        base.addArchive("../data/");
+        base.addArchive("zip://../ourglacierheartcold.sdr");
+        base.addScreenshotArchive("../screenshots/");
+        base.load("");
+
+        // The effects come after the runtime, and so go before it: the window outlives their textures.
+        Clear clear;
+        RadialBlur blur;
+        Hypno hypno;
+        Static noise;
+        Greetings greetings;
+        Greetings greetings2;
+        Render2Texture render2texture;
+        CrashScene crash;
+        Pixels pixels;
+        Stencil stencil;
+        StencilOp stencilop1;
+        StencilOp stencilop2;
+        StencilOp stencilop3;
+        Circle circle;
+        Boolean boolean;
+        Flash flash;
+        Scenese scenese;
+        Loading loading;
+        Overlay overlay;
+        Blood blood;
+        Sandrift sandrift;
+
+        base.addEffect("clear", &clear);
+        base.addEffect("blur", &blur);
+        base.addEffect("hypno", &hypno);
+        base.addEffect("static", &noise);
+        base.addEffect("greetings", &greetings);
+        base.addEffect("greetings2", &greetings2);
+        base.addEffect("render2texture", &render2texture);
+        base.addEffect("crash", &crash);
+        base.addEffect("pixels", &pixels);
+        base.addEffect("stencil", &stencil);
+        base.addEffect("stencilop1", &stencilop1);
+        base.addEffect("stencilop2", &stencilop2);
+        base.addEffect("stencilop3", &stencilop3);
+        base.addEffect("circle", &circle);
+        base.addEffect("boolean", &boolean);
+        base.addEffect("flash", &flash);
+        base.addEffect("scenese", &scenese);
+        base.addEffect("overlay", &overlay);
+        base.addEffect("blood", &blood);
+        base.addEffect("sandrift", &sandrift);
+        base.mLoadingEffect = &loading;
+
+        base.run();
+        return 0;
+    }
+    catch (const std::exception& exception)
+    {
+        std::fprintf(stderr, "Error: %s\n", exception.what());
+        return 1;
+    }
+    catch (...)
+    {
+        std::fprintf(stderr, "Error: Unknown exception!\n");
+        return 1;
+    }
+}
