@@ -21,16 +21,12 @@ namespace ChunkLib
 //
 // Nothing is ever read outside the innermost open chunk, and a stream is not trusted:
 // - a chunk that claims more than its parent (or the block) holds is clipped to it, so the lengths of all open chunks
-//   are true ones, and a count taken from one is no larger than the data that is there;
-// - the identifier 0, which no file has, ends a level like the end of the chunk;
-// - chunks that lie deeper than MAX_LEVELS are not opened, so that readers may recurse without running out of stack;
-//   isCutOff() then tells that the tree was not read whole.
+//   are true ones, and a count taken from one is no larger than the data that is there,
+// - the identifier 0, which no file has, ends a level like the end of the chunk.
+// How deep chunks may lie inside each other is for the readers to say that recurse into them.
 class ReadBuffer
 {
 public:
-    // The number of chunks that can be open inside each other.
-    static const unsigned int MAX_LEVELS = 1000;
-
     // Reads the header. The block is neither owned nor copied and outlives the buffer. One that is too short for a
     // header has the format "void" and the version 0:0. `flags`: IMPLICIT_LENGTHS or 0.
     ReadBuffer(const uint8* data, unsigned int length, unsigned int flags);
@@ -50,9 +46,6 @@ public:
 
     // True when `size` more bytes can be read at the current position.
     bool checkBoundaries(unsigned int size) const { return size <= getEnd() - mOffset; }
-
-    // True when a chunk was passed over because it lay deeper than MAX_LEVELS.
-    bool isCutOff() const { return mCutOff; }
 
     // Little-endian values. False, with the target untouched, when the innermost chunk does not hold so many bytes.
     bool read(float& value) { return readBytes(&value, sizeof value); }
@@ -87,7 +80,6 @@ public:
     const uint8* mData;                                        // not owned
     uint32 mOffset = 0;                                        // never behind the end of the innermost chunk
     uint32 mLength;                                            // of the block
-    bool mCutOff = false;
 
 private:
     // The offset behind the last byte that may be read now.

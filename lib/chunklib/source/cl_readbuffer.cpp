@@ -37,11 +37,9 @@ uint16 ReadBuffer::openChunk()
     uint16 id;
     const uint32 start = mOffset;
     if (!read(id)) return 0;
-    if (id == 0 || mChunkStack.size() == MAX_LEVELS)
+    if (id == 0)
     {
-        // The position stays, so that the level remains at its end.
-        mCutOff = mCutOff || id != 0;
-        mOffset = start;
+        mOffset = start; // the level stays at its end
         return 0;
     }
 

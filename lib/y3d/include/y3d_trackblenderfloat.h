@@ -16,9 +16,9 @@ namespace y3d
 // One animated float, in Blender's curve model: keys with two Bezier handles each, a mode for the way from one key to
 // the next, and a mode for the time outside the keys.
 //
-// Evaluation allocates nothing. It remembers the segment between two keys in which the last time lay, and tries that one
-// and its successor before it searches, so that playing forwards costs the same for any number of keys. For that memory
-// evaluation is a constant operation in name only: one curve cannot be evaluated by two threads at once.
+// Evaluation allocates nothing. It remembers the segment between two keys in which the last time lay, and tries that
+// one and its successor before it searches, so that playing forwards costs the same for any number of keys. For that
+// memory evaluation is a constant operation in name only: one curve cannot be evaluated by two threads at once.
 class TrackBlenderFloat
 {
 public:
@@ -74,6 +74,8 @@ public:
 
 private:
     void correctHandles();
+    bool extrapolate(const MathBase::Vector2f& end, const MathBase::Vector2f& handle, float time, float* value) const;
+    void wrap(float time, float cycleStart, float* t, float* offset) const;
     bool isSegment(int segment, float time) const;
     int findSegment(float time) const;
     float evaluateSegment(const Key& a, const Key& b, float time, float offset) const;
