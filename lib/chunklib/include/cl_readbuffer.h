@@ -22,11 +22,15 @@ namespace ChunkLib
 // Nothing is ever read outside the innermost open chunk, and a stream is not trusted:
 // - a chunk that claims more than its parent (or the block) holds is clipped to it, so the lengths of all open chunks
 //   are true ones, and a count taken from one is no larger than the data that is there,
-// - the identifier 0, which no file has, ends a level like the end of the chunk.
-// How deep chunks may lie inside each other is for the readers to say that recurse into them.
+// - the identifier 0, which no file has, ends a level like the end of the chunk,
+// - chunks inside MAX_LEVELS others are not opened, so that a reader which recurses cannot run out of stack. A reader
+//   that wants to tell what is left out looks at the depth of the stack before.
 class ReadBuffer
 {
 public:
+    // The number of chunks that can be open inside each other.
+    static const unsigned int MAX_LEVELS = 1000;
+
     // Reads the header. The block is neither owned nor copied and outlives the buffer. One that is too short for a
     // header has the format "void" and the version 0:0. `flags`: IMPLICIT_LENGTHS or 0.
     ReadBuffer(const uint8* data, unsigned int length, unsigned int flags);

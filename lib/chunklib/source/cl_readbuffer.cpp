@@ -37,7 +37,7 @@ uint16 ReadBuffer::openChunk()
     uint16 id;
     const uint32 start = mOffset;
     if (!read(id)) return 0;
-    if (id == 0)
+    if (id == 0 || mChunkStack.size() == MAX_LEVELS)
     {
         mOffset = start; // the level stays at its end
         return 0;
