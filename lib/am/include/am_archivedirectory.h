@@ -10,10 +10,9 @@ class ArchiveDirectory : public ArchiveBase
 public:
     // pPath goes in front of every file name as it stands, so that it ends with its own slash.
     explicit ArchiveDirectory(const std::string& pPath);
-    ~ArchiveDirectory() override;
 
     // Only regular files can be read: a folder, a pipe or a device is a file that was not found. Throws AM::Exception
-    // for a file of 2 GB or more, or one that does not fit into memory.
+    // for a file that is longer than maxFileLength or does not fit into memory.
     File read(const std::string& pFilename) override;
 
     // Replaces the file. Directories are not created.

@@ -13,6 +13,9 @@ struct BGRA
     unsigned char b, g, r, a;
 };
 
+// The largest picture there can be, whatever a file claims. Decoding takes up to ten bytes of memory for each pixel.
+const unsigned long long maxImagePixels = 1ull << 27;
+
 // A block of pixels with its size and name. One that a manager caches is shared, and so read-only.
 class ImageObject
 {
@@ -40,17 +43,17 @@ public:
     unsigned char* getWriteData();
 
     // Frees the pixels and makes room for new ones, which are not cleared. No room for a width or height of 0. Throws
-    // AM::Exception, and leaves no pixels, for a negative size or one that does not fit into memory.
+    // AM::Exception, and leaves no pixels, for a negative size, more than maxImagePixels, or a lack of memory.
     void resize(int width, int height);
 
     // Replaces the pixels by `data`, which comes from array new and belongs to the image from here on.
     void setData(int width, int height, unsigned char* data);
 
     std::string mId;
-    ImageManager* mLoader;                 // not owned; null for an image that belongs to its users alone
+    ImageManager* mLoader;               // not owned; null for an image that belongs to its users alone
     int mImageWidth = 0;
     int mImageHeight = 0;
-    unsigned char* mImageData = nullptr;   // owned
+    unsigned char* mImageData = nullptr; // owned, from array new
 };
 
 // What all handles of one image share. The last reference deletes the image and the counter.

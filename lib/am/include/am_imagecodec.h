@@ -11,20 +11,17 @@ class ImageObject;
 class ImageCodec
 {
 public:
-    virtual ~ImageCodec();
+    virtual ~ImageCodec() = default;
 
     // Fills `image` from a file of `length` bytes in memory. Throws AM::Exception and leaves the image without pixels.
     virtual void decodeImage(const unsigned char* pBuf, std::size_t length, ImageObject& image) = 0;
 
     // Makes a file in a new array, which belongs to the caller. False when that is not possible.
-    virtual bool encodeImage(unsigned char** pBuf, std::size_t* length, ImageObject& image);
+    virtual bool encodeImage(unsigned char**, std::size_t*, ImageObject&) { return false; }
 
     // The file extension in lower case.
     virtual std::string getFormatString() const = 0;
 
-    virtual bool canWrite() const;
+    virtual bool canWrite() const { return false; }
 };
-
-// The largest picture that a file may claim. A decoder needs up to ten bytes of memory for each pixel.
-const unsigned long long maxImagePixels = 1ull << 27;
 }

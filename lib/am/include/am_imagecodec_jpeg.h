@@ -8,7 +8,6 @@ namespace AM
 class ImageCodecJPEG : public ImageCodec
 {
 public:
-    ~ImageCodecJPEG() override;
     void decodeImage(const unsigned char* pBuf, std::size_t length, ImageObject& image) override;
     std::string getFormatString() const override;
 };

@@ -8,7 +8,6 @@ namespace AM
 class ImageCodecPNG : public ImageCodec
 {
 public:
-    ~ImageCodecPNG() override;
     void decodeImage(const unsigned char* pBuf, std::size_t length, ImageObject& image) override;
 
     // Throws AM::Exception for a managed image, since the pixels are taken through getWriteData.

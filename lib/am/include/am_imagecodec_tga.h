@@ -8,7 +8,6 @@ namespace AM
 class ImageCodecTGA : public ImageCodec
 {
 public:
-    ~ImageCodecTGA() override;
     void decodeImage(const unsigned char* pBuf, std::size_t length, ImageObject& image) override;
     std::string getFormatString() const override;
 };

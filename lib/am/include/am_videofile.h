@@ -21,21 +21,21 @@ public:
         int frameRateBase;
     };
 
-    virtual ~VideoFile();
+    virtual ~VideoFile() = default;
 
     // The image that holds one frame after the other. Its pixels are not copied.
     virtual void attach(Image& image) = 0;
 
-    virtual bool readFrame();
-    virtual void writeFrame();
+    virtual bool readFrame() { return false; }
+    virtual void writeFrame() {}
     virtual Format getFormat() const = 0;
     virtual int getWidth() const = 0;
     virtual int getHeight() const = 0;
 
     // False from an implementation that cannot do what is asked.
-    virtual bool openForRead(const std::string& filename);
-    virtual bool openForRead(const unsigned char* buffer, int bufferLength);
-    virtual bool openForWrite(const std::string& filename, const Format& format, ArchiveManager* archive);
+    virtual bool openForRead(const std::string&) { return false; }
+    virtual bool openForRead(const unsigned char*, int) { return false; }
+    virtual bool openForWrite(const std::string&, const Format&, ArchiveManager*) { return false; }
 
     // The first implementation that takes the job; it belongs to the caller. Throws AM::Exception when none does.
     static VideoFile* createForRead(const std::string& filename);
