@@ -13,7 +13,7 @@
 namespace Fennel
 {
 
-// A camera, which in its own space looks along the positive y axis with z up, as the nodes of a scene stand.
+// A camera. Unrotated it looks along negative y with negative z up: straight down, for y is up in a scene.
 class Camera
 {
 public:

@@ -23,7 +23,7 @@ public:
     // Throws Fennel::Exception, naming the mesh, when it cannot be drawn: no submesh, no triangles or no vertices, no
     // bounding box, vertex data that is not positions with or without normals and one set of texture coordinates, lists
     // of different lengths, or indices that name no vertex.
-    void load(const y3d::Mesh* mesh);
+    void load(y3d::Mesh* mesh);
 
     MathBase::AABBpointsf mBoundingBox;
     std::vector<std::string> mMaterialNames; // what the file gives, for each submesh

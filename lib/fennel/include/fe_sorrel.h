@@ -23,6 +23,8 @@ class ArchiveManager;
 
 namespace y3d
 {
+class Camera;
+class Light;
 class Manager;
 class MeshInstance;
 class SceneNode;
@@ -49,6 +51,9 @@ public:
     // Fennel::Exception when there is none or it is unknown.
     void loadMeshInstance(const y3d::MeshInstance* source, Mesh* mesh, MaterialManager& materialManager,
                           SubmeshManager& submeshManager);
+
+    // Takes over the three tracks of a scene node and brings this one to time 0.
+    void loadTracks(const y3d::SceneNode* source);
 
     // Brings the node to a time in seconds; its parent must be there already. A static node keeps its local transform
     // and follows its parent.
@@ -140,9 +145,8 @@ public:
 
 private:
     void loadScene(const std::string& filename);
-    Node* makeNode(Node* parent, y3d::SceneNode* source, y3d::Manager* manager, Xml::IteratorConst& scene);
-    void addCamera(const y3d::SceneNode* source);
-    void addLight(const y3d::SceneNode* source, Node* parent);
+    void addCamera(const y3d::Camera* source);
+    void addLight(const y3d::Light* source, Node* parent);
     void activateCamera(Camera* camera);
     void updateCamera(float time);
     void updateLight(Light& light, float time);

@@ -30,7 +30,7 @@ public:
     void render(const Submesh* previous) const;
 
     bool mInited = false;                      // the GL buffers exist
-    const y3d::Submesh* mSource = nullptr;     // until mInited, then null; not owned
+    y3d::Submesh* mSource = nullptr;           // until mInited, then null; not owned
     MathBase::AABBpointsf mBoundingBox;
     BufferARB* mIndexBuffer = nullptr;         // one use is owned; null for a submesh drawn without indices
     unsigned int mNumIndices = 0;

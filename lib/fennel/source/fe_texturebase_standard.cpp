@@ -21,7 +21,7 @@ TextureBaseStandard::TextureBaseStandard(TextureManager* manager, const TextureF
     }
     catch (...)
     {
-        dispatch();
+        if (mID) glDeleteTextures(1, &mID);
         throw;
     }
 }
