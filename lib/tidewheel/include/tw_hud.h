@@ -95,11 +95,12 @@ private:
     Script::Effect* getCurrentEffect() const;
     Script::Trigger* getCurrentTrigger() const;
     Script::Spline* getCurrentSpline() const;
+    int getLastPart() const;
     void keepSelectionInside();
 
     void processTime(const Event& event);
-    void processKey(const Event& event);
     void processTextField(const Event& event);
+    void processKey(const Event& event);
     void processCommand(const Event& event);
     void processEdit(const Event& event);
     void processMovement(const Event& event);
@@ -107,16 +108,19 @@ private:
 
     void swapEffects(int other);
     void newEffect();
-    void newTrigger();
-    void newSpline();
+    void newTrigger(Script::Effect& effect);
+    void newSpline(Script::Effect& effect);
     void deleteSelected();
-    void changeSplineType();
+    void changeSplineType(Script::Spline& spline);
     void openTextField(std::string& text);
-    void editEffect(const Event& event);
-    void editTrigger(const Event& event);
-    void editSpline(const Event& event);
+    void editEffect(Script::Effect& effect, const Event& event);
+    void editTrigger(Script::Trigger& trigger, const Event& event);
+    void editSpline(Script::Spline& spline, const Event& event);
     void insertKey(Script::Spline& spline);
     void deleteKey(Script::Spline& spline);
+    void moveKeyRight(Script::Spline& spline);
+    void moveKeyLeft(Script::Spline& spline);
+    void selectLastRow(int index);
 };
 
 } // namespace Tidewheel

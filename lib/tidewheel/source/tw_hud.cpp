@@ -1,0 +1,493 @@
+#include "tw_hud.h"
+
+#include "tw_hudtext.h"
+
+#include "script_script.h"
+
+#include "am.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+
+namespace Tidewheel
+{
+
+namespace
+{
+
+const std::uint32_t white = 0xFFFFFFFF;
+const std::uint32_t black = 0xFF000000;
+const std::uint32_t background = 0xCC333344;
+const std::uint32_t shadeA = 0xCC333344;
+const std::uint32_t shadeB = 0xCC383849;
+const std::uint32_t selectedRow = 0xEE004466;
+const std::uint32_t editedRow = 0xEE000000;
+const std::uint32_t picked = 0xFFFF0000;
+
+const std::uint32_t effectBar = 0xCC4477CC;
+const std::uint32_t effectBarRunning = 0xCC99BBFF;
+const std::uint32_t effectBarDisabled = 0xCC000000;
+const std::uint32_t effectBarUnknown = 0xCC550000;
+const std::uint32_t effectBarEdited = 0xEE002277;
+const std::uint32_t effectBarEnd = 0xCCFFFFFF;
+const std::uint32_t triggerBar = 0xCC003F00;
+const std::uint32_t triggerBarEdited = 0xEE002200;
+const std::uint32_t splineBar = 0xCC550000;
+const std::uint32_t splineBarEdited = 0xEE440000;
+
+const std::uint32_t enabledName = 0xEEFFFFFF;
+const std::uint32_t disabledName = 0xEE999999;
+const std::uint32_t runningName = 0xEEEEBB33;
+const std::uint32_t splineTypeText = 0xFFAAAAAA;
+const std::uint32_t triggerValueText = 0xFFFFFF00;
+
+const std::uint32_t firingDone = 0xFF777777;
+const std::uint32_t splineCurve = 0xEE666666;
+const std::uint32_t splineZero = 0xFFAA2222;
+const std::uint32_t clockLine = 0xFFFF0000;
+const std::uint32_t startLine = 0xFF7777FF;
+
+const int listTop = 30;          // the scrolling area
+const int listBottom = 486;
+const int listHeight = listBottom - listTop;
+const int paintedHeight = 504;   // no row is begun beyond this
+const int axisLeft = 110;
+const float axisWidth = 398.0f;
+const int axisRight = axisLeft + 398;
+const int rowHeight = 12;
+const int splineHeight = 48;
+const int splineMiddle = 23;     // of the spline's row: where its zero line stands
+const float splineReach = 22.0f; // rows from there to the largest value
+
+// When a firing is due, as seconds on the axis.
+float firingTime(const Script::Trigger& trigger, float base, float windowStart, int firing)
+{
+    return base + static_cast<float>(firing) * trigger.mDelay - windowStart;
+}
+
+// The first index from `first` up to `end` for which `condition` holds, `end` if there is none. From an index on for
+// which it holds, it holds for all.
+template <class Condition>
+int firstIndex(int first, int end, const Condition& condition)
+{
+    while (first < end)
+    {
+        const int middle = first + (end - first) / 2;
+        if (condition(middle))
+            end = middle;
+        else
+            first = middle + 1;
+    }
+    return first;
+}
+
+} // namespace
+
+// The part of an entry that lies in the window, in columns of the axis.
+struct HUD::Span
+{
+    bool visible;
+    float x0;
+    float x1;
+
+    int left() const { return axisLeft + truncate(x0); }
+    int width() const { return truncate(x1 - x0); }
+};
+
+HUD::HUD(AM::ArchiveManager& archive)
+    : HUDBase(archive), mScriptEngine(nullptr), mCurrentEffect(0), mCurrentRow(0), mCurrentPart(0), mStripe(false),
+      mEditMode(false), mCursor(0.0f), mWindowLength(40.0f), mWindowStart(0.0f), mTime(0.0f), mStartTime(0.0f),
+      mFps(0.0f), mTextField(nullptr)
+{
+    resize(512, 512);
+    mClipTop = listTop;
+    mClipBottom = listBottom;
+    drawFrame();
+    drawLogo();
+    drawBox(0, 28, 512, 1, white, false);
+    drawBox(0, 486, 512, 1, white, false);
+}
+
+void HUD::setScriptEngine(Script::ScriptEngine* engine)
+{
+    mCursor = 0.0f;
+    mWindowLength = 40.0f;
+    mWindowStart = 0.0f;
+    mScriptEngine = engine;
+    mEditMode = false;
+    mCurrentEffect = mCurrentRow = mCurrentPart = 0;
+    mScroll = 0;
+    mTextField = nullptr;
+    mEffectStatus.assign(engine ? engine->mEffects.size() : 0, EffectStatus());
+    redraw();
+}
+
+float HUD::getTimePerPixel() const
+{
+    return mWindowLength / axisWidth;
+}
+
+// A white sheet with round upper corners, and a black one inside it, which leaves a border of two pixels.
+void HUD::drawFrame()
+{
+    drawBox(10, 0, 492, 500, white, false);
+    drawBox(0, 10, 512, 492, white, false);
+    drawBox(0, 500, 512, 12, white, false);
+    drawCircle(10, 10, 20, white, false);
+    drawCircle(502, 10, 20, white, false);
+
+    drawBox(12, 2, 488, 508, black, false);
+    drawBox(2, 12, 508, 488, black, false);
+    drawCircle(12, 12, 20, black, false);
+    drawCircle(500, 12, 20, black, false);
+}
+
+void HUD::drawLogo()
+{
+    const AM::Image logo = mArchive->loadImage("tidewheel_logo.png", -1, false);
+    const int width = logo->getWidth();
+    const int left = 256 - width / 2;
+    const unsigned char* pixel = logo->getData();
+    for (int y = 2; y < 2 + logo->getHeight() && y < mHeight; ++y)
+        for (int x = left; x < left + width; ++x, pixel += 4)
+            if (x >= 0 && x < mWidth)
+                mData[y * mWidth + x] = 0xFF000000u | static_cast<std::uint32_t>(pixel[2] << 16 | pixel[1] << 8 | pixel[0]);
+}
+
+void HUD::redraw()
+{
+    keepSelectionInside();
+    drawBox(2, 30, 508, 456, background, false);
+    drawBox(2, 502, 508, 8, background, false);
+    drawBox(2, 487, 508, 15, background, false);
+    drawBox(2, 487, 110, 23, black, false);
+    recalculateVerticalScrolling();
+
+    mStripe = false;
+    int y = listTop;
+    for (int i = 0; i < size(mEffectStatus.size()) && y <= mScroll + paintedHeight; ++i)
+    {
+        const Script::Effect& effect = *mScriptEngine->mEffects[static_cast<std::size_t>(i)];
+        EffectStatus& status = mEffectStatus[static_cast<std::size_t>(i)];
+        const bool selected = i == mCurrentEffect;
+        y += drawEffect(effect, status, y, selected && mCurrentRow == 0);
+        if (status.mExpanded) y += drawDetails(effect, y, selected);
+    }
+
+    drawBox(109, 30, 1, 480, white, false);
+    drawClockLines();
+    drawClock();
+    mDirty = true;
+}
+
+// The rows of an expanded entry's triggers and splines. Returns their height.
+int HUD::drawDetails(const Script::Effect& effect, int y, bool selected)
+{
+    const int top = y;
+    const int triggers = size(effect.mTriggers.size());
+    for (int k = 0; k < triggers; ++k)
+    {
+        const Script::Trigger& trigger = *effect.mTriggers[static_cast<std::size_t>(k)];
+        y += drawTrigger(effect, trigger, effect.mStart, y, selected && mCurrentRow == k + 1);
+        if (y > mScroll + paintedHeight) break;
+    }
+    for (int s = 0; s < size(effect.mSplines.size()); ++s)
+    {
+        const Script::Spline& spline = *effect.mSplines[static_cast<std::size_t>(s)];
+        y += drawSpline(effect, spline, effect.mStart, y, selected && mCurrentRow == s + triggers + 1);
+        if (y > mScroll + paintedHeight) break;
+    }
+    return y - top;
+}
+
+void HUD::recalculateVerticalScrolling()
+{
+    const Script::Effect* current = getCurrentEffect();
+    if (!current)
+    {
+        mScroll = 0;
+        return;
+    }
+    int y = 0;
+    for (std::size_t i = 0; i < static_cast<std::size_t>(mCurrentEffect); ++i)
+    {
+        const Script::Effect& effect = *mScriptEngine->mEffects[i];
+        y += rowHeight;
+        if (mEffectStatus[i].mExpanded)
+            y += rowHeight * size(effect.mTriggers.size()) + splineHeight * size(effect.mSplines.size());
+    }
+
+    int bottom = y + rowHeight;
+    if (mEffectStatus[static_cast<std::size_t>(mCurrentEffect)].mExpanded && mCurrentRow > 0)
+    {
+        const int triggers = size(current->mTriggers.size());
+        bottom += rowHeight * std::min(mCurrentRow, triggers) + splineHeight * std::max(mCurrentRow - triggers, 0);
+    }
+
+    const int top = mCurrentRow == 0 ? bottom - rowHeight : bottom;
+    if (bottom - listHeight > mScroll)
+        mScroll = bottom - listHeight;
+    else if (top < mScroll)
+        mScroll = top;
+    mScroll = std::max(mScroll, 0);
+}
+
+HUD::Span HUD::getSpan(const Script::Effect& effect) const
+{
+    const float start = effect.mStart - mWindowStart;
+    const float end = effect.mEnd - mWindowStart;
+    if (!(start < mWindowLength && end > 0.0f)) return {false, 0.0f, 0.0f};
+    return {true, std::max(start, 0.0f) * axisWidth / mWindowLength,
+            std::min(end, mWindowLength) * axisWidth / mWindowLength};
+}
+
+int HUD::drawEffect(const Script::Effect& effect, EffectStatus& status, int y, bool selected)
+{
+    mStripe = !mStripe;
+    const std::uint32_t shade = mStripe ? shadeB : shadeA;
+    drawBox(2, y, 508, rowHeight, selected ? (mEditMode ? editedRow : selectedRow) : shade, true);
+
+    const bool known = mScriptEngine && mScriptEngine->mCallbacks.count(effect.mName) != 0;
+    const bool running = mCursor >= effect.mStart - mWindowStart && mCursor < effect.mEnd - mWindowStart && known &&
+                         effect.mEnabled;
+    const std::uint32_t nameColour = !effect.mEnabled ? disabledName : running ? runningName : enabledName;
+    drawText(effect.mName, 11, y - 1, nameColour, 97, true);
+    if (!effect.mTriggers.empty() || !effect.mSplines.empty())
+        drawText(status.mExpanded ? "-" : "+", 4, y, enabledName, 10, true);
+
+    const Span span = getSpan(effect);
+    if (span.visible)
+    {
+        const bool edited = selected && mEditMode;
+        const bool whole = edited && mCurrentPart == 1;
+        std::uint32_t barColour = effectBar;
+        if (whole)
+            barColour = picked;
+        else if (!effect.mEnabled)
+            barColour = effectBarDisabled;
+        else if (!known)
+            barColour = effectBarUnknown;
+        else if (edited)
+            barColour = effectBarEdited;
+        drawBox(span.left(), y + 1, span.width(), 10, barColour, true);
+        if (running && !edited) drawBox(span.left(), y + 3, span.width(), 6, effectBarRunning, true);
+
+        const int textWidth = span.width() - 4;
+        if (textWidth >= 1 && (!effect.mEnabled || !known))
+            drawText(effect.mEnabled ? "No Callback" : "Inactive", span.left() + 4, y - 1, effectBarEnd, textWidth,
+                     true);
+
+        const int right = axisLeft + truncate(span.x1);
+        drawBox(right, y + 1, 1, 10, effectBarEnd, true);
+        drawBox(span.left(), y + 1, 1, 10, effectBarEnd, true);
+        if (edited && mCurrentPart == 0) drawBox(span.left(), y + 1, 1, 10, picked, true);
+        if (edited && mCurrentPart == 2) drawBox(right, y + 1, 1, 10, picked, true);
+    }
+
+    if (selected) writeEffectStatus();
+    return rowHeight;
+}
+
+int HUD::drawTrigger(const Script::Effect& effect, const Script::Trigger& trigger, float effectStart, int y,
+                     bool selected)
+{
+    const bool edited = selected && mEditMode;
+    drawBox(2, y, 508, rowHeight, mStripe ? shadeB : shadeA, true);
+    if (edited)
+        drawBox(2, y, 508, rowHeight, editedRow, true);
+    else
+        drawBox(2, y, 108, rowHeight, selected ? selectedRow : triggerBar, true);
+
+    const Span span = getSpan(effect);
+    if (span.visible)
+        drawBox(span.left(), y, span.width(), 11,
+                edited ? triggerBarEdited : selected ? selectedRow : triggerBar, true);
+    drawText(trigger.mName, 20, y - 1, effect.mEnabled ? white : disabledName, 78, true);
+    drawFirings(trigger, effectStart, y, selected);
+
+    if (selected) writeTriggerStatus();
+    return rowHeight;
+}
+
+// One mark for each firing in the window. A trigger may repeat a million times: the times of its firings only rise, or
+// only fall, so those in the window are one range of them, and of those that share a column the last one is seen.
+void HUD::drawFirings(const Script::Trigger& trigger, float effectStart, int y, bool selected)
+{
+    const float base = effectStart + trigger.mStart;
+    if (!std::isfinite(base) || !std::isfinite(trigger.mDelay)) return;
+    const auto time = [&](int firing) { return firingTime(trigger, base, mWindowStart, firing); };
+    const auto column = [&](int firing) { return axisLeft + truncate(time(firing) * axisWidth / mWindowLength); };
+    const auto entered = [&](int firing) { return time(firing) > 0.0f; };
+    const auto left = [&](int firing) { return !(time(firing) < mWindowLength); };
+
+    const int count = std::max(trigger.mRepeat, 0);
+    const bool rising = trigger.mDelay >= 0.0f;
+    int first = rising ? firstIndex(0, count, entered)
+                       : firstIndex(0, count, [&](int firing) { return !left(firing); });
+    const int end = rising ? firstIndex(first, count, left)
+                           : firstIndex(first, count, [&](int firing) { return !entered(firing); });
+    while (first < end)
+    {
+        const int x = column(first);
+        const int next = first + 1 < end && column(first + 1) != x
+                             ? first + 1
+                             : firstIndex(first + 1, end, [&](int firing) { return column(firing) != x; });
+        const int last = next - 1;
+        std::uint32_t colour = last < trigger.mFired ? firingDone : white;
+        if (selected && mEditMode && mCurrentPart == last) colour = picked;
+        drawBox(x, y + 1, 1, 10, colour, true);
+        first = next;
+    }
+}
+
+int HUD::drawSpline(const Script::Effect& effect, const Script::Spline& spline, float effectStart, int y, bool selected)
+{
+    const bool edited = selected && mEditMode;
+    drawBox(2, y, 508, rowHeight, mStripe ? shadeB : shadeA, true);
+    if (edited)
+        drawBox(2, y, 508, splineHeight, editedRow, true);
+    else
+        drawBox(2, y, 108, splineHeight, selected ? selectedRow : splineBar, true);
+
+    float divisor = spline.mValueScale * spline.mAbsMax;
+    if (!(divisor >= 1.0f)) divisor = 1.0f;
+    const Span span = getSpan(effect);
+    if (span.visible)
+    {
+        drawBox(span.left(), y, span.width(), 47, edited ? splineBarEdited : selected ? selectedRow : splineBar, true);
+        for (int x = span.left(); x < axisLeft + truncate(span.x1); x += 5)
+            drawPixel(x, y + splineMiddle, splineZero, true);
+        drawCurve(spline, span, effectStart, y, divisor);
+    }
+    drawText(spline.mName, 20, y - 1, effect.mEnabled ? enabledName : disabledName, 78, true);
+    drawText(spline.mType, 25, y + 11, splineTypeText, 78, true);
+    drawKeys(spline, effectStart, y, selected, divisor);
+
+    if (selected) writeSplineStatus();
+    return splineHeight;
+}
+
+// The curve, a row for each column, and the rows in between where it is steep. `divisor` is the value that reaches the
+// edge of the row; what goes beyond may run over other rows, and is cut at the edge of the list. A value that is no
+// number leaves a gap.
+void HUD::drawCurve(const Script::Spline& spline, const Span& span, float effectStart, int y, float divisor)
+{
+    const int top = mScroll + mClipTop;
+    const int bottom = mScroll + mClipBottom;
+    const int end = truncate(span.x1);
+    bool connected = false;
+    int lastRow = 0;
+    for (int x = truncate(span.x0); x < end; ++x)
+    {
+        const float time = mWindowLength / axisWidth * static_cast<float>(x) + mWindowStart - effectStart;
+        const float height = spline.getSplineValue(time) * splineReach / divisor;
+        if (std::isnan(height))
+        {
+            connected = false;
+            continue;
+        }
+        const int row = y + splineMiddle - truncate(height);
+        drawPixel(axisLeft + x, row, splineCurve, true);
+        if (connected)
+            for (int between = std::max(std::min(row, lastRow) + 1, top);
+                 between < std::min(std::max(row, lastRow), bottom); ++between)
+                drawPixel(axisLeft + x, between, splineCurve, true);
+        connected = true;
+        lastRow = row;
+    }
+}
+
+// A cross of five pixels at each key in the window.
+void HUD::drawKeys(const Script::Spline& spline, float effectStart, int y, bool selected, float divisor)
+{
+    for (std::size_t k = 0; k < spline.mKeys.size(); ++k)
+    {
+        const Script::Spline::Key& key = *spline.mKeys[k];
+        const float time = spline.mTimeScale * key.time + spline.mTimeOffset + effectStart - mWindowStart;
+        if (!(time >= 0.0f && time < mWindowLength)) continue;
+        const int x = axisLeft + truncate(time * axisWidth / mWindowLength);
+        const float value = key.value * spline.mValueScale + spline.mValueOffset;
+        const int row = y + splineMiddle - truncate(value * splineReach / divisor);
+        const std::uint32_t colour = selected && mEditMode && mCurrentPart == size(k) ? picked : white;
+        drawPixel(x, row - 1, colour, true);
+        drawPixel(x, row + 1, colour, true);
+        drawPixel(x, row, colour, true);
+        drawPixel(x + 1, row, colour, true);
+        drawPixel(x - 1, row, colour, true);
+    }
+}
+
+// The dotted lines at the clock and at the start of the show, over the whole list.
+void HUD::drawClockLines()
+{
+    const int clockColumn = axisLeft + truncate(mCursor * axisWidth / mWindowLength);
+    const bool clockVisible = clockColumn >= 0 && clockColumn < mWidth;
+    const float start = mStartTime - mWindowStart;
+    const bool startVisible = start >= 0.0f && start < mWindowLength;
+    const int startColumn = axisLeft + truncate(start * axisWidth / mWindowLength);
+    for (int row = listTop; row < listBottom; ++row)
+    {
+        if (startVisible && row % 5 == 0) drawPixel(startColumn, row, startLine, false);
+        if (clockVisible && row % 3 != 2) drawBox(clockColumn, row, 1, 1, clockLine, false);
+    }
+}
+
+void HUD::drawClock()
+{
+    drawText(formatText("time : %02d:%02d.%03d", clockMinutes(mTime), clockSeconds(mTime), clockMilliseconds(mTime)),
+             15, 486, white, 0, false);
+    drawText(formatText("fps : %.2f", mFps), 19, 496, white, 0, false);
+}
+
+// A line in the status box, cut at its end.
+void HUD::drawStatus(const std::string& text, int x, int y, std::uint32_t colour)
+{
+    drawText(text, x, y, colour, axisRight - x, false);
+}
+
+void HUD::writeEffectStatus()
+{
+    const Script::Effect* effect = getCurrentEffect();
+    if (!effect || mCurrentRow != 0) return;
+    drawBox(axisLeft, 487, 398, 23, effectBar, false);
+    drawStatus(formatText("start: %.3f", effect->mStart), 120, 486);
+    drawStatus(formatText("end: %.3f", effect->mEnd), 120, 496);
+    drawStatus(formatText("triggers: %d", size(effect->mTriggers.size())), 220, 486);
+    drawStatus(formatText("splines: %d", size(effect->mSplines.size())), 220, 496);
+}
+
+void HUD::writeTriggerStatus()
+{
+    const Script::Trigger* trigger = getCurrentTrigger();
+    if (!trigger) return;
+    drawBox(axisLeft, 487, 398, 23, triggerBar, false);
+    drawStatus(formatText("start: %.3f", trigger->mStart), 120, 486);
+    if (trigger->mRepeat > 1)
+    {
+        if (mEditMode)
+            drawStatus(formatText("current: %.2f", trigger->mStart + static_cast<float>(mCurrentPart) * trigger->mDelay),
+                       120, 496);
+        drawStatus(formatText("repeat: %d", trigger->mRepeat), 220, 486);
+        drawStatus(formatText("delay: %.2f", trigger->mDelay), 220, 496);
+    }
+    drawStatus("value: " + trigger->mValue, 320, 486, triggerValueText);
+}
+
+void HUD::writeSplineStatus()
+{
+    const Script::Spline* spline = getCurrentSpline();
+    if (!spline) return;
+    drawBox(axisLeft, 487, 398, 23, splineBar, false);
+    drawStatus(formatText("keys: %d", size(spline->mKeys.size())), 120, 486);
+    drawStatus(formatText("current: %.3f", spline->getSplineValue(mTime - getCurrentEffect()->mStart)), 120, 496);
+    drawStatus(formatText("max: %.3f", spline->mValueScale * spline->mMax), 220, 486);
+    drawStatus(formatText("min: %.3f", spline->mValueScale * spline->mMin), 220, 496);
+    if (mEditMode && mCurrentPart >= 0 && mCurrentPart < size(spline->mKeys.size()))
+    {
+        const Script::Spline::Key& key = *spline->mKeys[static_cast<std::size_t>(mCurrentPart)];
+        drawStatus(formatText("current key: %.2f", spline->getSplineValue(key.time)), 320, 486);
+    }
+}
+
+} // namespace Tidewheel
