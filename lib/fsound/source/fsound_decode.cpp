@@ -1,0 +1,118 @@
+#include "fsound_decode.h"
+
+#include <sndfile.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <new>
+
+namespace
+{
+// The file in memory, as libsndfile reads it.
+struct Memory
+{
+    const unsigned char* data;
+    sf_count_t length;
+    sf_count_t position;
+};
+
+sf_count_t getLength(void* user)
+{
+    return static_cast<Memory*>(user)->length;
+}
+
+sf_count_t seek(sf_count_t offset, int whence, void* user)
+{
+    Memory& memory = *static_cast<Memory*>(user);
+    const sf_count_t base = whence == SEEK_CUR ? memory.position : whence == SEEK_END ? memory.length : 0;
+    // Inside the file, whatever a damaged one asks for; without adding, which could overflow.
+    if (offset < -base)
+        memory.position = 0;
+    else if (offset > memory.length - base)
+        memory.position = memory.length;
+    else
+        memory.position = base + offset;
+    return memory.position;
+}
+
+sf_count_t read(void* target, sf_count_t count, void* user)
+{
+    Memory& memory = *static_cast<Memory*>(user);
+    const sf_count_t given = std::max<sf_count_t>(0, std::min(count, memory.length - memory.position));
+    std::memcpy(target, memory.data + memory.position, static_cast<std::size_t>(given));
+    memory.position += given;
+    return given;
+}
+
+sf_count_t write(const void*, sf_count_t, void*)
+{
+    return 0;
+}
+
+sf_count_t tell(void* user)
+{
+    return static_cast<Memory*>(user)->position;
+}
+
+struct SoundCloser
+{
+    void operator()(SNDFILE* file) const { sf_close(file); }
+};
+
+// To 16 bits, limited to their range. The scale is the one by which libsndfile turns 16-bit samples into floats, so
+// those come out as they were.
+std::int16_t toSample(float value)
+{
+    if (std::isnan(value))
+        return 0;
+    return static_cast<std::int16_t>(std::lrintf(std::min(std::max(value * 32768.0f, -32768.0f), 32767.0f)));
+}
+
+// Reads to the end. The number of frames that the file claims is not asked for: it may be wrong by anything.
+FMOD_ERRORS readFrames(SNDFILE* file, std::size_t channels, Music& music)
+{
+    const std::size_t blockLength = 4096;
+    std::vector<float> block(blockLength * channels);
+    const std::size_t right = channels > 1 ? 1 : 0;
+    for (;;)
+    {
+        // libsndfile's own conversion to 16 bits wraps round at full scale in some formats, so the clamp is ours.
+        const sf_count_t count = sf_readf_float(file, block.data(), static_cast<sf_count_t>(blockLength));
+        if (count <= 0)
+            break;
+        const std::size_t frames = static_cast<std::size_t>(count);
+        std::size_t target = music.samples.size();
+        if (target / 2 + frames > maxMusicLength)
+            return FMOD_ERR_MEMORY;
+        music.samples.resize(target + 2 * frames);
+        for (std::size_t i = 0; i < frames; ++i)
+        {
+            music.samples[target++] = toSample(block[i * channels]);
+            music.samples[target++] = toSample(block[i * channels + right]);
+        }
+    }
+    return music.samples.empty() ? FMOD_ERR_FILE_BAD : FMOD_ERR_NONE;
+}
+}
+
+FMOD_ERRORS decodeMusic(const unsigned char* data, std::size_t length, Music& music)
+{
+    Memory memory = {data, static_cast<sf_count_t>(length), 0};
+    SF_VIRTUAL_IO access = {getLength, seek, read, write, tell};
+    SF_INFO info = {};
+    const std::unique_ptr<SNDFILE, SoundCloser> file(sf_open_virtual(&access, SFM_READ, &info, &memory));
+    if (!file || info.channels < 1 || info.samplerate < 1)
+        return FMOD_ERR_FILE_FORMAT;
+    music.rate = info.samplerate;
+    try
+    {
+        return readFrames(file.get(), static_cast<std::size_t>(info.channels), music);
+    }
+    catch (const std::bad_alloc&)
+    {
+        return FMOD_ERR_MEMORY;
+    }
+}
