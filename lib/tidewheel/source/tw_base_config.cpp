@@ -5,7 +5,6 @@
 #include "tw_device_sdl2d.h"
 #include "tw_device_sdl3d.h"
 #include "tw_exception.h"
-#include "tw_fmoderror.h"
 #include "tw_hud.h"
 #include "tw_minihud.h"
 
