@@ -1,0 +1,263 @@
+// The pictures of ice, stone, light.
+
+#include "pictures.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Paint
+{
+
+// Ridges behind ridges under an aurora, drawn for a pan: 2048 texels wide, of which the effect shows 724 at a time, and
+// only the upper 459 rows.
+Canvas ballScenery()
+{
+    const int width = 2048, height = 512, shown = 459;
+    Canvas canvas(width, height, abyss, 1.0f);
+    for (int x = 0; x < width; x++)
+    {
+        const float px = float(x) / 256.0f; // 8 units around, so that left and right edge meet
+        float crests[5];
+        for (int layer = 0; layer < 5; layer++)
+        {
+            const float near = float(layer) / 4.0f;
+            const float rough = ridges(px * (1.0f + near), float(layer) * 3.7f + 0.5f, 8 * (layer ? 2 : 1), 6, 60u + uint32_t(layer));
+            crests[layer] = 240.0f + 48.0f * float(layer) - (170.0f - 70.0f * near) * rough * rough;
+        }
+        const float curtain = fractal(px, 0.4f, 8, 4, 71u);
+        for (int y = 0; y < height; y++)
+        {
+            const float v = float(y) / float(shown);
+            // Sky: abyss above, a cold glow over the horizon.
+            Color color = mix(abyss, depth, smooth(0.0f, 0.75f, v));
+            color = color + glacier * (0.30f * smooth(0.25f, 0.72f, v));
+
+            // Aurora: bands that hang from a wandering line, with rays in them.
+            const float line = 0.27f + 0.10f * curtain;
+            const float rays = 0.45f + 0.55f * fractal(px * 14.0f, v * 0.7f, 8 * 14, 3, 72u);
+            const float hang = v < line ? std::exp((v - line) * 11.0f) : std::exp((line - v) * 42.0f);
+            color = color + mix(glacier, {0.25f, 0.85f, 0.70f}, 0.65f) * (hang * std::max(0.0f, rays) * 0.85f);
+
+            // Stars, a few, only in the dark.
+            const float star = noise(float(x) * 0.91f, float(y) * 0.91f, 4096, 73u);
+            color = color + snow * (smooth(0.80f, 0.93f, star) * 0.7f * (1.0f - smooth(0.1f, 0.45f, v)));
+
+            for (int layer = 0; layer < 5; layer++)
+            {
+                if (float(y) < crests[layer]) continue;
+                const float below = float(y) - crests[layer];
+                const float near = float(layer) / 4.0f;
+                // Far ridges are pale with air, near ones dark. Their faces are lit from the left: the slope of a ridged
+                // height field that is stretched downwards, as couloirs run.
+                const float fx = px * 5.0f, fy = below / 95.0f + float(layer) * 9.0f;
+                const auto relief = [&](float at) { return ridges(at, fy, 40, 5, 80u + uint32_t(layer)); };
+                const float lit = smooth(-0.22f, 0.22f, relief(fx + 0.03f) - relief(fx - 0.03f));
+                const float relieved = relief(fx);
+                Color rock = mix(mix(glacier, depth, 0.45f), mix(depth, abyss, 0.55f), near);
+                rock = rock * (0.55f + 0.6f * lit);
+                const float snowLine = smooth(0.38f, 0.75f, relieved + 0.35f - below / (190.0f - 60.0f * near));
+                rock = mix(rock, mix(glacier, snow, 0.25f + 0.75f * lit) * (0.95f - 0.35f * near), snowLine * (0.85f - 0.25f * near));
+                rock = rock + glacier * (0.35f * std::exp(-below / 3.0f) * (1.0f - 0.5f * near)); // lit edge
+                color = mix(rock, mix(glacier, depth, 0.5f), smooth(0.0f, 90.0f, below) * 0.35f * (1.0f - near)); // mist
+            }
+            canvas.at(x, y).color = color;
+        }
+    }
+    return canvas;
+}
+
+// A hot middle, a soft body, and four faint points.
+Canvas sunSpark()
+{
+    const int size = 128;
+    Canvas canvas(size, size, ember, 0.0f);
+    for (int y = 0; y < size; y++)
+        for (int x = 0; x < size; x++)
+        {
+            const float u = (float(x) + 0.5f) / size * 2.0f - 1.0f, v = (float(y) + 0.5f) / size * 2.0f - 1.0f;
+            const float distance = std::hypot(u, v);
+            const float rim = smooth(1.0f, 0.55f, distance);
+            const float body = std::exp(-distance * distance * 9.0f);
+            const float points = std::exp(-std::fabs(u * v) * 180.0f) * std::exp(-distance * 3.2f);
+            Pixel& pixel = canvas.at(x, y);
+            pixel.alpha = std::min(1.0f, (0.8f * body + 0.55f * points) * rim);
+            pixel.color = mix({0.85f, 0.16f, 0.05f}, mix(ember, {1.0f, 0.9f, 0.7f}, smooth(0.35f, 0.0f, distance)),
+                              smooth(0.9f, 0.15f, distance));
+        }
+    return canvas;
+}
+
+// A chrome ball's view of an ice cave: cold light from above, dark walls with bright seams, embers below.
+Canvas environment()
+{
+    const int size = 512;
+    Canvas canvas(size, size, abyss, 1.0f);
+    for (int y = 0; y < size; y++)
+        for (int x = 0; x < size; x++)
+        {
+            const float u = (float(x) + 0.5f) / size * 2.0f - 1.0f, v = (float(y) + 0.5f) / size * 2.0f - 1.0f;
+            const float distance = std::min(1.0f, std::hypot(u, v));
+            // The direction that a mirror ball shows at this place; y runs down in the picture.
+            const float up = -v;
+            const float stretch = 1.0f + 2.2f * distance * distance; // things crowd towards the rim
+            const float px = u * stretch + 4.0f, py = v * stretch + 4.0f;
+
+            Color color = mix(depth * 0.8f, abyss, smooth(-0.2f, -0.9f, up));
+            color = color + glacier * (0.75f * smooth(-0.1f, 0.9f, up));
+            const float seams = ridges(px * 1.6f, py * 1.1f, 1024, 5, 90u);
+            color = color + ice * (0.75f * smooth(0.72f, 0.98f, seams) * smooth(-0.6f, 0.4f, up));
+            // The opening overhead: a bright, slightly torn window.
+            const float torn = std::hypot(u * 1.25f, v + 0.52f) + 0.09f * fractal(px * 2.0f, py * 2.0f, 1024, 4, 91u);
+            color = mix(color, snow, smooth(0.30f, 0.16f, torn));
+            color = color + ice * (0.55f * std::exp(-torn * 3.6f));
+            // Embers underneath.
+            const float warm = std::hypot(u * 0.9f, v - 0.62f);
+            color = color + ember * (0.85f * std::exp(-warm * warm * 9.0f));
+            // A cold rim, so that the blob stands out from dark ground.
+            color = color + ice * (0.85f * smooth(0.80f, 0.99f, distance));
+            canvas.at(x, y).color = color;
+        }
+    return canvas;
+}
+
+Canvas iceSurface()
+{
+    const int size = 512;
+    Canvas canvas(size, size, ice, 1.0f);
+    for (int y = 0; y < size; y++)
+        for (int x = 0; x < size; x++)
+        {
+            const float px = float(x) / size * 4.0f, py = float(y) / size * 4.0f;
+            const float warpX = px + 0.28f * fractal(px, py, 4, 4, 101u);
+            const float warpY = py + 0.28f * fractal(px, py, 4, 4, 107u);
+            const float cloud = 0.5f + 0.5f * fractal(warpX, warpY, 4, 5, 102u);
+            float nearest, second;
+            cells(warpX * 2.0f, warpY * 1.0f, 8, 103u, nearest, second);
+            const float crack = smooth(0.07f, 0.0f, second - nearest);
+            const float veins = smooth(0.80f, 0.98f, ridges(warpX, warpY, 4, 5, 104u));
+            const float strata = 0.5f + 0.5f * std::sin((py + 0.3f * cloud) * 6.2831853f * 3.0f);
+            Color color = mix(glacier * 0.75f, mix(glacier, ice, 0.75f), smooth(0.2f, 0.8f, cloud) * 0.75f + 0.25f * strata);
+            color = mix(color, snow, 0.55f * veins);
+            color = mix(color, snow, 0.65f * crack);
+            const float bubbles = smooth(0.62f, 0.9f, noise(px * 32.0f, py * 32.0f, 128, 105u));
+            canvas.at(x, y).color = mix(color, snow, 0.30f * bubbles);
+        }
+    return canvas;
+}
+
+Canvas snowSurface()
+{
+    const int size = 256;
+    Canvas canvas(size, size, snow, 1.0f);
+    for (int y = 0; y < size; y++)
+        for (int x = 0; x < size; x++)
+        {
+            const float px = float(x) / size * 4.0f, py = float(y) / size * 4.0f;
+            const float drift = 0.5f + 0.5f * fractal(px, py * 2.0f, 8, 5, 111u);
+            const float sparkle = smooth(0.70f, 0.95f, noise(px * 28.0f, py * 28.0f, 112, 112u));
+            const Color color = mix(mix(ice, snow, 0.35f), snow, smooth(0.15f, 0.75f, drift));
+            canvas.at(x, y).color = mix(color, {1.0f, 1.0f, 1.0f}, sparkle * 0.7f);
+        }
+    return canvas;
+}
+
+namespace
+{
+
+// Distance, in texels, to the nearest joint of a running bond of `columns` by `rows` stones; and which stone it is.
+float bond(int x, int y, int size, int columns, int rows, int& stone)
+{
+    const float height = float(size) / float(rows), width = float(size) / float(columns);
+    const int row = int(float(y) / height);
+    const float shifted = std::fmod(float(x) + (row & 1) * width / 2.0f, float(size));
+    const int column = int(shifted / width);
+    stone = row * columns + column;
+    const float inX = shifted - float(column) * width, inY = float(y) - float(row) * height;
+    return std::min(std::min(inX, width - inX), std::min(inY, height - inY));
+}
+
+} // namespace
+
+// Dressed blocks with worn edges, rime in the joints.
+Canvas stoneSurface()
+{
+    const int size = 512;
+    Canvas canvas(size, size, depth, 1.0f);
+    for (int y = 0; y < size; y++)
+        for (int x = 0; x < size; x++)
+        {
+            const float px = float(x) / size * 8.0f, py = float(y) / size * 8.0f;
+            int stone;
+            const float joint = bond(x, y, size, 4, 8, stone) + 4.0f * fractal(px * 2.0f, py * 2.0f, 16, 3, 121u);
+            const float tone = 0.75f + 0.45f * (noise(float(stone) * 0.37f + 0.5f, 0.5f, 4096, 122u));
+            const float grain = fractal(px * 3.0f, py * 3.0f, 24, 5, 123u);
+            const Color block = mix({0.20f, 0.25f, 0.30f}, {0.36f, 0.43f, 0.50f}, 0.5f + 0.9f * grain) * tone;
+            const float edge = smooth(7.0f, 1.0f, joint);
+            Color color = mix(block, abyss, edge * 0.85f);
+            const float rime = smooth(0.2f, 0.6f, fractal(px, py, 8, 5, 124u) + 0.35f * edge);
+            canvas.at(x, y).color = mix(color, ice, rime * 0.45f);
+        }
+    return canvas;
+}
+
+// Large polished slabs.
+Canvas floorSurface()
+{
+    const int size = 512;
+    Canvas canvas(size, size, depth, 1.0f);
+    for (int y = 0; y < size; y++)
+        for (int x = 0; x < size; x++)
+        {
+            const float px = float(x) / size * 4.0f, py = float(y) / size * 4.0f;
+            const int slabX = x / 128, slabY = y / 128;
+            const int inX = x % 128, inY = y % 128;
+            const float joint = float(std::min(std::min(inX, 127 - inX), std::min(inY, 127 - inY)));
+            const bool dark = ((slabX + slabY) & 1) != 0;
+            const float vein = smooth(0.86f, 0.99f, ridges(px + 0.3f * fractal(px, py, 4, 4, 131u), py, 4, 5, 132u));
+            const float cloud = fractal(px * 2.0f, py * 2.0f, 8, 5, 133u);
+            Color color = dark ? mix(abyss, depth, 0.55f + 0.7f * cloud) : mix(depth, glacier, 0.40f + 0.6f * cloud);
+            color = mix(color, ice, vein * (dark ? 0.30f : 0.55f));
+            canvas.at(x, y).color = mix(color, abyss, smooth(2.5f, 0.5f, joint) * 0.8f);
+        }
+    return canvas;
+}
+
+// A lancet of leaded panes: cold colours, with one warm rose in its head. Shown without shading, as light of its own.
+Canvas windowGlass()
+{
+    const int width = 256, height = 512;
+    Canvas canvas(width, height, abyss, 1.0f);
+    for (int y = 0; y < height; y++)
+        for (int x = 0; x < width; x++)
+        {
+            const float u = (float(x) + 0.5f) / width * 2.0f - 1.0f; // -1 to 1
+            const float v = (float(y) + 0.5f) / width * 2.0f;        // 0 to 4, downwards
+            // Pointed arch: two arcs whose centres lie on the springing line.
+            const float inside = v < 1.6f ? 1.75f - std::hypot(std::fabs(u) + 0.85f, 1.6f - v) : 0.90f - std::fabs(u);
+            const float bottom = 3.92f - v;
+            const float frame = std::min(inside, bottom);
+
+            const float rose = std::hypot(u, v - 1.15f);
+            float nearest, second;
+            cells(u * 2.6f + 8.0f, v * 2.6f, 64, 141u, nearest, second);
+            float lead = second - nearest;
+            const float shade = noise(nearest * 3.0f + u * 1.3f, v * 1.1f, 64, 142u);
+            Color glass = mix(glacier, ice, 0.45f + 0.5f * shade);
+            glass = mix(glass, {0.20f, 0.30f, 0.75f}, 0.35f + 0.35f * noise(u * 2.0f + 3.0f, v * 1.4f, 64, 143u));
+            if (rose < 0.46f)
+            {
+                const float petal = std::fabs(std::sin(4.0f * std::atan2(v - 1.15f, u)));
+                lead = std::min(0.20f * petal, 0.46f - rose);
+                lead = rose < 0.15f ? 0.15f - rose : std::min(lead, rose - 0.15f);
+                glass = mix(ember, {1.0f, 0.75f, 0.35f}, smooth(0.40f, 0.0f, rose));
+            }
+            const float mullion = rose < 0.5f ? 1.0f : std::fabs(u);
+            lead = std::min(lead, std::min(mullion * 1.4f, 1.0f));
+            const float pane = smooth(0.02f, 0.07f, lead) * smooth(0.02f, 0.06f, frame);
+            const float light = 0.75f + 0.35f * fractal(u * 3.0f + 4.0f, v * 3.0f, 64, 4, 144u);
+            canvas.at(x, y).color = mix(abyss * 0.7f, glass * light, pane);
+        }
+    return canvas;
+}
+
+} // namespace Paint
