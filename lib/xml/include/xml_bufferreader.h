@@ -41,11 +41,11 @@ struct BufferReader
     // The next byte is there and is `c`.
     bool isNext(char c) const { return mPos < mLength && mData[mPos] == c; }
 
-    const char* mData;      // not owned, not null-terminated
-    unsigned int mLength;   // bytes
-    unsigned int mPos = 0;  // of the next byte
+    const char* mData;     // not owned, not null-terminated
+    unsigned int mLength;  // bytes
+    unsigned int mPos = 0; // of the next byte
     int mLine = 1;
-    int mTagLine = -1;      // where the reading of the current tag began, -1 before the first
+    int mTagLine = -1; // where the reading of the current tag began, -1 before the first
     int mColumn = 1;
     int mTagColumn = -1;
 

@@ -67,7 +67,7 @@ public:
     void write(std::ostream& stream, bool selfClose) const;
 
     Type mType = Normal;
-    bool mClosed = true;              // a Normal tag without children and closing tag; always true for other kinds
+    bool mClosed = true; // a Normal tag without children and closing tag; always true for other kinds
     std::string mName;
     std::vector<Argument> mArguments; // in the order of first appearance
 };

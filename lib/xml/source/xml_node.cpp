@@ -1,0 +1,76 @@
+#include "xml_node.h"
+
+#include <algorithm>
+#include <memory>
+
+namespace Xml
+{
+
+XmlNode::XmlNode(XmlNode* parent) : mParent(parent) {}
+
+XmlNode::XmlNode(const XmlTag& tag, XmlNode* parent) : XmlTag(tag), mParent(parent) {}
+
+XmlNode::~XmlNode()
+{
+    clear();
+}
+
+// Takes the tree apart from the leaves up, going down and up by mParent, so that a tree of any depth costs neither
+// stack nor memory.
+void XmlNode::clear()
+{
+    setTag(XmlTag());
+    if (mParent) mParent->detachChild(this);
+
+    XmlNode* node = this;
+    for (;;)
+    {
+        if (!node->mChildren.empty())
+        {
+            XmlNode* child = node->mChildren.back();
+            child->mParent = node;
+            node = child;
+            continue;
+        }
+        if (node == this) return;
+        XmlNode* parent = node->mParent;
+        parent->mChildren.pop_back();
+        node->mParent = nullptr;
+        delete node;
+        node = parent;
+    }
+}
+
+Iterator XmlNode::createIterator(const std::string& search)
+{
+    return Iterator(this, search);
+}
+
+IteratorConst XmlNode::createIterator(const std::string& search) const
+{
+    return IteratorConst(this, search);
+}
+
+Iterator XmlNode::addChild(const XmlTag& tag, int index)
+{
+    mClosed = false;
+    auto child = std::make_unique<XmlNode>(tag, this);
+    const bool isInside = index >= 0 && index < getNumChildren();
+    mChildren.insert(isInside ? mChildren.begin() + index : mChildren.end(), child.get());
+    return Iterator(child.release(), "");
+}
+
+int XmlNode::detachChild(XmlNode* child)
+{
+    const auto place = std::find(mChildren.begin(), mChildren.end(), child);
+    if (place == mChildren.end())
+    {
+        throw XmlException("detachChild(%p); No such child in '%s'", static_cast<void*>(child), mName.c_str());
+    }
+    const int index = static_cast<int>(place - mChildren.begin());
+    mChildren.erase(place);
+    child->mParent = nullptr;
+    return index;
+}
+
+} // namespace Xml

@@ -1,0 +1,125 @@
+#include "xml_testing.h"
+
+#include <gtest/gtest.h>
+
+using Xml::Iterator;
+using Xml::IteratorConst;
+using Xml::XmlNode;
+using Xml::XmlTag;
+
+namespace
+{
+
+XmlTag named(const std::string& name)
+{
+    XmlTag tag;
+    tag.setName(name);
+    return tag;
+}
+
+std::string childNames(const XmlNode& node)
+{
+    std::string names;
+    for (int i = 0; i < node.getNumChildren(); ++i) names += node.getChildren(i)->mName + " ";
+    return names;
+}
+
+} // namespace
+
+TEST(XmlNode, addChildInsertsAtTheIndexOrAppends)
+{
+    XmlNode node(nullptr);
+    EXPECT_TRUE(node.mClosed);
+    node.addChild(named("b"), -1);
+    EXPECT_FALSE(node.mClosed);
+    node.addChild(named("d"), 1);
+    node.addChild(named("c"), 1);
+    Iterator under = node.addChild(named("a"), 0);
+    node.addChild(named("e"), 1000); // past the end
+    EXPECT_EQ(childNames(node), "a b c d e ");
+    EXPECT_EQ(under.getRoot().mName, "a");
+    EXPECT_EQ(node.getChildren(2)->mParent, &node);
+}
+
+TEST(XmlNode, detachGivesTheChildAway)
+{
+    XmlNode node(named("n"), nullptr);
+    for (const char* name : {"a", "b", "c"}) node.addChild(named(name), -1);
+    const std::unique_ptr<XmlNode> child(node.getChildren(1));
+    EXPECT_EQ(node.detachChild(child.get()), 1);
+    EXPECT_EQ(childNames(node), "a c ");
+    EXPECT_EQ(child->mParent, nullptr);
+    EXPECT_EQ(messageOf([&] { node.detachChild(nullptr); }), "detachChild((nil)); No such child in 'n'");
+}
+
+TEST(XmlNode, clearLeavesTheParentAndResetsTheTag)
+{
+    XmlNode node(named("n"), nullptr);
+    node.addChild(named("a"), -1).addChild(named("b"));
+    const std::unique_ptr<XmlNode> child(node.getChildren(0));
+    child->setValue("x", "y");
+    child->clear();
+    EXPECT_EQ(childNames(node), "");
+    EXPECT_EQ(child->mName + child->getValue("x"), "");
+    EXPECT_TRUE(child->mClosed);
+    EXPECT_EQ(child->getNumChildren(), 0);
+}
+
+TEST(Iterator, walksMatchesOnceAndThrowsAfterwards)
+{
+    Xml::XmlParser parser;
+    parser.parse("<r><a n=1/>text<b n=2/><!--c--><a n=3><b n=4/></a></r>");
+    Iterator it = parser.createIterator("a");
+    EXPECT_TRUE(it.isAtBegin());
+    EXPECT_EQ(messageOf([&] { it->getValue("n"); }),
+              "XmlParser::Iterator::operator->; Can't access before first element, try operator++ first!");
+    EXPECT_TRUE(++it);
+    EXPECT_EQ(it->getValue("n"), "1");
+    EXPECT_TRUE(++it);
+    EXPECT_EQ(it.mIndex, 4);
+    Iterator under = it.createIterator("b");
+    EXPECT_TRUE(++under);
+    EXPECT_EQ(under->getValue("n"), "4");
+    EXPECT_EQ(under.getRoot().getValue("n"), "3");
+    EXPECT_FALSE(++it);
+    EXPECT_TRUE(it.isAtEnd());
+    EXPECT_EQ(it.mIndex, 5);
+    EXPECT_EQ(messageOf([&] { ++it; }), "IteratorConst::operator++; Called after last tag!");
+    EXPECT_EQ(messageOf([&] { it->getValue("n"); }),
+              "XmlParser::Iterator::operator->; Can't access after last element, no Tags matching searchCriteria?");
+
+    IteratorConst all = parser.createIterator("");
+    EXPECT_EQ(messageOf([&] { all->getValue("n"); }), "IteratorConst::operator->; Can't access before first element!");
+    std::string names;
+    while (++all) names += all->mName + " ";
+    EXPECT_EQ(names, "a !!!text b COMMENT a ");
+    EXPECT_EQ(messageOf([&] { all->getValue("n"); }), "IteratorConst::operator->; Can't access after last element!");
+
+    IteratorConst none = parser.createIterator("c");
+    EXPECT_FALSE(++none);
+    EXPECT_EQ(none.mIndex, -1);
+}
+
+TEST(Iterator, addChildBuildsInCallOrderAheadOfWhatWasThere)
+{
+    XmlNode node(nullptr);
+    node.addChild(named("old"), -1);
+    Iterator it = node.createIterator("");
+    Iterator under = it.addChild(named("a"));
+    it.addChild(named("b"));
+    under.addChild(named("a1"));
+    under.addChild(named("a2"));
+    EXPECT_EQ(childNames(node), "a b old ");
+    EXPECT_EQ(childNames(*node.getChildren(0)), "a1 a2 ");
+    EXPECT_EQ(it->mName, "b");
+
+    while (++it)
+    {
+    }
+    it.addChild(named("last"));
+    it.addChild(named("latest"));
+    EXPECT_EQ(childNames(node), "a b old last latest ");
+    EXPECT_EQ(it->mName, "latest");
+    delete node.getChildren(4); // an iterator whose child went away is behind the end
+    EXPECT_NE(messageOf([&] { it->getValue("n"); }), "");
+}
