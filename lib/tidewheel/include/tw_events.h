@@ -29,7 +29,7 @@ struct Event
 // the runtime, which empties `count` before each poll.
 struct Events
 {
-    static const int capacity = 10;
+    static constexpr int capacity = 10;
 
     int count = 0;
     Event* events = nullptr;     // `capacity` records

@@ -1,0 +1,204 @@
+#include "tw_base.h"
+
+#include "tw_hud.h"
+#include "tw_minihud.h"
+#include "tw_show.h"
+
+#include "am_videofile.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+namespace
+{
+
+const char script[] = "<script><effect name=\"a\" start=\"0\" end=\"10\"/></script>";
+
+// Runs `action` and gives the text of what it throws.
+template <typename Action>
+std::string textOf(Action action)
+{
+    try
+    {
+        action();
+    }
+    catch (const std::exception& exception)
+    {
+        return exception.what();
+    }
+    return "";
+}
+
+std::unique_ptr<Tidewheel::Base> makeBase(const ShowFolder& folder)
+{
+    auto base = std::make_unique<Tidewheel::Base>();
+    base->addArchive(folder.mPath);
+    base->addScreenshotArchive(folder.mPath + "screenshots/");
+    return base;
+}
+
+TEST(Configuration, namesWhatIsMissingOrWrong)
+{
+    struct Case
+    {
+        const char* configuration; // null: no file
+        const char* error;
+    };
+    const Case cases[] = {
+        {nullptr, "[Tidewheel] Could not load 'tidewheel.xml'"},
+        {"", "(error at line 1, col 1); EOF (when reading tag at 1:1)"},
+        {"<demo>\n<music file=\"none.wav\"/></demo>", "[Tidewheel] Could not find music in 'none.wav'"},
+        {"<demo><music/></demo>", "[Tidewheel] Could not find music in ''"},
+        {"<demo><music file=\"noise.wav\"/></demo>", "[Tidewheel] FMOD-ERROR; Unknown file format"},
+        {"<demo><script file=\"none.xml\"/></demo>", "[Tidewheel] Could not find the scriptfile 'none.xml'"},
+        {"<demo><window width=\"320\" type=\"opengl\"/></demo>",
+         "[Tidewheel] The window in 'tidewheel.xml' needs a width and a height from 1 to 16384 (320x0)"},
+        {"<demo><window width=\"-9999999999\" height=\"70000\" type=\"opengl\"/></demo>",
+         "[Tidewheel] The window in 'tidewheel.xml' needs a width and a height from 1 to 16384 (-2147483648x70000)"},
+        {"<demo><videodump name=\"a.png\"/></demo>", "[Tidewheel] There is no window tag in 'tidewheel.xml'"},
+    };
+    for (const Case& c : cases)
+    {
+        ShowFolder folder;
+        folder.write("noise.wav", "this is no music");
+        if (c.configuration)
+            folder.write("tidewheel.xml", c.configuration);
+        auto base = makeBase(folder);
+        EXPECT_EQ(c.error, textOf([&] { base->load(""); })) << (c.configuration ? c.configuration : "none");
+        EXPECT_FALSE(base->mLoaded);
+    }
+}
+
+// What loads and cannot be played ends in a text too, before any effect is set up.
+TEST(Configuration, aShowWithoutAWindowIsRefusedWhenItIsToRun)
+{
+    const char* cases[][2] = {
+        {"<demo></demo>", "[Tidewheel] There is no window tag in 'tidewheel.xml'"},
+        {"<show><window/></show>", "[Tidewheel] The root tag of 'tidewheel.xml' is not 'demo'"},
+    };
+    for (const auto& c : cases)
+    {
+        ShowFolder folder;
+        folder.write("tidewheel.xml", c[0]);
+        auto base = makeBase(folder);
+        base->load("");
+        EXPECT_EQ(c[1], textOf([&] { base->run(); }));
+    }
+}
+
+TEST(Configuration, settingsAreReadAsTheyStandInTheFile)
+{
+    ShowFolder folder;
+    folder.write("script.xml", script);
+    folder.write("other.xml", "<script><effect name=\"b\" end=\"30\"/></script>");
+    folder.write("track.wav", silentWave());
+    folder.write("tidewheel.xml", "<demo><time start=\"3\"/><hud mini=\"on\"/><hud mini=\"off\"/>"
+                                  "<music file=\"track.wav\" mute=\"on\"/><music file=\"track.wav\" mute=\"ON\"/>"
+                                  "<script file=\"script.xml\"/><script file=\"other.xml\"/>"
+                                  "<time start=\"12.5x\"/><archive file=\"zip://none\"/><archive/></demo>");
+    auto base = makeBase(folder);
+    base->load(folder.mPath + "screenshots/");
+
+    EXPECT_EQ(12.5f, base->mStartTime);
+    EXPECT_TRUE(base->mMiniHUD->mVisible);
+    EXPECT_FALSE(base->mMute);
+    EXPECT_TRUE(base->mStream);
+    ASSERT_EQ(2u, base->mScriptEngine.mEffects.size());
+    EXPECT_EQ("a", base->mScriptEngine.mEffects[0]->mName);
+    EXPECT_EQ(30.0f, base->mScriptEngine.mEndTime);
+    EXPECT_EQ("other.xml", base->mScriptFile);
+    EXPECT_EQ(2u, base->mHUD->mEffectStatus.size());
+    EXPECT_EQ(3u, base->mArchives.mArchives.size());
+    EXPECT_TRUE(base->mLoaded);
+}
+
+TEST(Configuration, aStartThatIsNoPointInTimeIsZero)
+{
+    for (const char* start : {"nan", "inf", "-1e999", "soon", ""})
+    {
+        ShowFolder folder;
+        folder.write("tidewheel.xml", std::string("<demo><time start=\"") + start + "\"/></demo>");
+        auto base = makeBase(folder);
+        base->load("");
+        EXPECT_EQ(0.0f, base->mStartTime) << start;
+    }
+}
+
+TEST(Configuration, isRewrittenByteForByteAtTheEnd)
+{
+    struct Case
+    {
+        const char* name;
+        const char* before;
+        const char* after;
+    };
+    const Case cases[] = {
+        {"missing tags come first, the time before the hud",
+         "<demo>\n  <script file='script.xml'/>\n</demo>",
+         "<demo>\n\t<time start=\"0.00\"/>\n\t<hud mini=\"off\"/>\n\t<script file=\"script.xml\"/>\n</demo>\n"},
+        {"a missing hud alone comes first",
+         "<demo><time start=\"12.345\"/></demo>",
+         "<demo>\n\t<hud mini=\"off\"/>\n\t<time start=\"12.35\"/>\n</demo>\n"},
+        {"the first time and hud, but the last value; every music; the rest stays",
+         "<?xml version='1.0'?><!-- lost --><demo><!-- kept --><hud a=\"b\"/><hud mini=\"on\"/><time/>"
+         "<time start=\"2\"/><music file=\"track.wav\"/><music file=\"track.wav\" mute=\"on\"/>some text<x y=\"z\"/>"
+         "</demo>",
+         "<?xml version=\"1.0\"?>\n\n<demo>\n\t<!-- kept -->\n\t<hud a=\"b\" mini=\"on\"/>\n\t<hud mini=\"on\"/>\n"
+         "\t<time start=\"2.00\"/>\n\t<time start=\"2\"/>\n\t<music file=\"track.wav\" mute=\"on\"/>\n"
+         "\t<music file=\"track.wav\" mute=\"on\"/>\n\tsome text\n\t<x y=\"z\"/>\n</demo>\n"},
+        {"another root is left alone", "<show></show>", "<show></show>"},
+    };
+    for (const Case& c : cases)
+    {
+        ShowFolder folder;
+        folder.write("script.xml", script);
+        folder.write("track.wav", silentWave());
+        folder.write("tidewheel.xml", c.before);
+        auto base = makeBase(folder);
+        base->load("");
+        base.reset();
+        EXPECT_EQ(c.after, folder.read("tidewheel.xml")) << c.name;
+    }
+}
+
+// Reading goes through all archives, writing into the first: the copy wins at the next start.
+TEST(Configuration, isWrittenIntoTheFirstArchive)
+{
+    ShowFolder folder;
+    std::filesystem::create_directory(folder.mPath + "data");
+    folder.write("data/tidewheel.xml", "<demo></demo>");
+    auto base = makeBase(folder);
+    base->addArchive(folder.mPath + "data/");
+    base->load("");
+    base->mStartTime = 7.0f;
+    base.reset();
+    EXPECT_EQ("<demo></demo>", folder.read("data/tidewheel.xml"));
+    EXPECT_NE(std::string::npos, folder.read("tidewheel.xml").find("<time start=\"7.00\"/>"));
+}
+
+TEST(Configuration, thatIsGoneAtTheEndIsReported)
+{
+    ShowFolder folder;
+    folder.write("tidewheel.xml", "<demo></demo>");
+    EXPECT_EQ("[Tidewheel] Could not load 'tidewheel.xml'", textOf([&] {
+        Tidewheel::Base base;
+        base.addArchive(folder.mPath);
+        base.load("");
+        std::filesystem::remove(folder.mPath + "tidewheel.xml");
+    }));
+
+    // Another failure on its way comes through, with this one on standard error.
+    folder.write("tidewheel.xml", "<demo></demo>");
+    testing::internal::CaptureStderr();
+    EXPECT_EQ("the show", textOf([&] {
+        Tidewheel::Base failing;
+        failing.addArchive(folder.mPath);
+        failing.load("");
+        std::filesystem::remove(folder.mPath + "tidewheel.xml");
+        throw std::runtime_error("the show");
+    }));
+    EXPECT_EQ("Error: [Tidewheel] Could not load 'tidewheel.xml'\n", testing::internal::GetCapturedStderr());
+}
+
+} // namespace
