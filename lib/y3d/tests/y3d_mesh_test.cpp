@@ -1,0 +1,112 @@
+#include "y3d_testing.h"
+
+#include "y3d_bonegroup.h"
+#include "y3d_mesh.h"
+#include "y3d_submesh.h"
+
+using namespace y3d;
+
+namespace
+{
+
+// The only submesh of a file that holds nothing but it.
+const Submesh& loadSubmesh(Manager* manager, const std::string& chunks)
+{
+    load(manager, file(named(CHUNK_MESH, "mesh", chunk(CHUNK_SUBMESH, chunks))));
+    return *manager->getMesh("mesh")->getSubmesh(0);
+}
+
+} // namespace
+
+TEST(Submesh, takesAsManyElementsAsAChunkHoldsWhole)
+{
+    const std::string vector = floats({1, 2, 3});
+    Manager manager;
+    const Submesh& submesh = loadSubmesh(
+        &manager,
+        chunk(CHUNK_POSITIONS, vector + floats({4, 5, 6}) + "!") + chunk(CHUNK_INDICES, integer(7) + "abc") +
+            chunk(CHUNK_NORMALS, "abc") + chunk(CHUNK_COLORS, floats({1, 2, 3, 4, 5})) +
+            named(CHUNK_BONEGROUP, "g", chunk(CHUNK_BONEGROUP_WEIGHTS, integer(1) + integer(2) + integer(3))));
+    ASSERT_EQ(submesh.getNumVertices(), 2);
+    EXPECT_EQ((*submesh.getPositions())[1].y, 5.0f);
+    ASSERT_EQ(submesh.getNumIndices(), 1);
+    EXPECT_EQ((*submesh.getIndices())[0], 7u);
+    EXPECT_TRUE(submesh.getNormals()->empty());
+    ASSERT_EQ(submesh.getColors(0)->size(), 1u);
+    EXPECT_EQ((*submesh.getColors(0))[0].a, 4.0f);
+    ASSERT_EQ(submesh.mBoneGroups[0]->mWeights.size(), 1u);
+    EXPECT_EQ(submesh.mBoneGroups[0]->mWeights[0].mSecond, 2u);
+}
+
+TEST(Submesh, replacesListsAndCollectsChannels)
+{
+    Manager manager;
+    const Submesh& submesh =
+        loadSubmesh(&manager, chunk(CHUNK_POSITIONS, floats({1, 2, 3})) + chunk(CHUNK_UVWS, floats({1, 0, 0})) +
+                                  chunk(CHUNK_POSITIONS, floats({4, 5, 6})) + chunk(CHUNK_UVWS, floats({2, 0, 0})) +
+                                  chunk(CHUNK_MATERIAL_NAME, text("a")) + chunk(CHUNK_MATERIAL_NAME, "b"));
+    EXPECT_EQ(submesh.getPositions()->at(0).x, 4.0f);
+    ASSERT_EQ(submesh.getNumUVWs(), 2);
+    EXPECT_EQ(submesh.getUVW(1)->at(0).x, 2.0f);
+    EXPECT_EQ(submesh.getNumIndices(), 0);
+    EXPECT_EQ(submesh.getIndices(), nullptr);
+    EXPECT_EQ(submesh.getMaterialName(), "ab"); // texts are appended to; the last terminator is missing
+}
+
+TEST(Submesh, leavesEmptyListsOutOfAFile)
+{
+    Manager manager;
+    load(&manager,
+         file(named(CHUNK_MESH, "mesh",
+                    chunk(CHUNK_SUBMESH, chunk(CHUNK_MATERIAL_NAME, text("m")) + chunk(CHUNK_POSITIONS, "") +
+                                             chunk(CHUNK_UVWS, "") + chunk(CHUNK_UVWS, floats({1, 2, 3})) +
+                                             named(CHUNK_BONEGROUP, "g", chunk(CHUNK_BONEGROUP_WEIGHTS, ""))))));
+    EXPECT_EQ(manager.getMesh("mesh")->getSubmesh(0)->getNumUVWs(), 2);
+    EXPECT_EQ(write(manager), file(named(CHUNK_MESH, "mesh",
+                                         chunk(CHUNK_SUBMESH, chunk(CHUNK_MATERIAL_NAME, text("m")) +
+                                                                  chunk(CHUNK_UVWS, floats({1, 2, 3})) +
+                                                                  named(CHUNK_BONEGROUP, "g")))));
+}
+
+TEST(Submesh, ownsTheListsThatAreSet)
+{
+    Submesh submesh; // leaks and double frees are the sanitizer's to find
+    StructList<MathBase::Vector3f>* positions = new StructList<MathBase::Vector3f>(3);
+    submesh.setPositions(positions);
+    submesh.setPositions(positions);
+    EXPECT_EQ(submesh.getNumVertices(), 3);
+    submesh.setPositions(new StructList<MathBase::Vector3f>(5));
+    EXPECT_EQ(submesh.getNumVertices(), 5);
+    submesh.mUVWs.push_back(new UVWList(1));
+    submesh.setUVW(0, new UVWList(2));
+    EXPECT_EQ(submesh.getUVW(0)->size(), 2u);
+    submesh.mMaterialName = "stays";
+    submesh.mHasBoundingBox = true;
+    submesh.clear();
+    EXPECT_EQ(submesh.getNumVertices(), 0);
+    EXPECT_EQ(submesh.getNumUVWs(), 0);
+    EXPECT_FALSE(submesh.hasBoundingBox());
+    EXPECT_EQ(submesh.getMaterialName(), "stays");
+
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    UVWList uvw;
+    EXPECT_DEATH(submesh.setUVW(0, &uvw), "y3d_submesh.*void y3d::Submesh::setUVW\\(int, (y3d::)?UVWList ?\\*\\).*"
+                                          "channel<\\(int\\)mUVWs.size\\(\\)");
+}
+
+TEST(Mesh, keepsOneByteOfFlagsAndAnyPartOfABox)
+{
+    Manager manager;
+    Mesh* mesh = new Mesh;
+    mesh->mMeshFlags = 0x1FF;
+    manager.mMeshes.push_back(mesh);
+    EXPECT_EQ(write(manager), file(named(CHUNK_MESH, "", chunk(CHUNK_MESH_FLAGS, "\xFF"))));
+
+    load(&manager,
+         file(named(CHUNK_MESH, "m", chunk(CHUNK_MESH_FLAGS, "\xFF") + chunk(CHUNK_FILE_OR_BOUNDS, floats({1, 2})))));
+    const Mesh* read = manager.getMesh("m");
+    EXPECT_EQ(read->mMeshFlags, 255);
+    EXPECT_TRUE(read->hasBoundingBox());
+    EXPECT_EQ(read->getBoundingBox().mMin.y, 2.0f);
+    EXPECT_EQ(read->getBoundingBox().mMax.z, 0.0f);
+}
