@@ -1,16 +1,24 @@
 // The show: which effects it is played from, under which names its script knows them, and where its data lies.
 
+#include "ball.h"
 #include "blood.h"
 #include "boolean.h"
 #include "circle.h"
 #include "clear.h"
 #include "crashscene.h"
+#include "cubes.h"
+#include "fire.h"
 #include "flash.h"
 #include "greetings.h"
 #include "hypno.h"
+#include "infinity.h"
+#include "lighting.h"
+#include "linesscene.h"
 #include "loading.h"
 #include "overlay.h"
+#include "particlesscene.h"
 #include "pixels.h"
+#include "preball.h"
 #include "radialblur.h"
 #include "render2texture.h"
 #include "sandrift.h"
@@ -18,6 +26,8 @@
 #include "static.h"
 #include "stencil.h"
 #include "stencilop.h"
+#include "sun.h"
+#include "twisterscene.h"
 
 #include "tw_base.h"
 
@@ -39,11 +49,15 @@ int main(int, char**)
         Clear clear;
         RadialBlur blur;
         Hypno hypno;
+        TwisterScene twister;
+        ParticlesScene particles;
         Static noise;
+        LinesScene lines;
         Greetings greetings;
         Greetings greetings2;
         Render2Texture render2texture;
         CrashScene crash;
+        Ball ball;
         Pixels pixels;
         Stencil stencil;
         StencilOp stencilop1;
@@ -52,20 +66,30 @@ int main(int, char**)
         Circle circle;
         Boolean boolean;
         Flash flash;
+        Sun sun;
         Scenese scenese;
+        Cubes cubes;
+        Fire fire;
         Loading loading;
         Overlay overlay;
+        Infinity infinity;
+        Lighting lighting;
+        PreBall preball;
         Blood blood;
         Sandrift sandrift;
 
         base.addEffect("clear", &clear);
         base.addEffect("blur", &blur);
         base.addEffect("hypno", &hypno);
+        base.addEffect("twister", &twister);
+        base.addEffect("particles", &particles);
         base.addEffect("static", &noise);
+        base.addEffect("lines", &lines);
         base.addEffect("greetings", &greetings);
         base.addEffect("greetings2", &greetings2);
         base.addEffect("render2texture", &render2texture);
         base.addEffect("crash", &crash);
+        base.addEffect("ball", &ball);
         base.addEffect("pixels", &pixels);
         base.addEffect("stencil", &stencil);
         base.addEffect("stencilop1", &stencilop1);
@@ -74,8 +98,14 @@ int main(int, char**)
         base.addEffect("circle", &circle);
         base.addEffect("boolean", &boolean);
         base.addEffect("flash", &flash);
+        base.addEffect("sun", &sun);
+        base.addEffect("cubes", &cubes);
         base.addEffect("scenese", &scenese);
+        base.addEffect("fire", &fire);
         base.addEffect("overlay", &overlay);
+        base.addEffect("infinity", &infinity);
+        base.addEffect("lighting", &lighting);
+        base.addEffect("preball", &preball);
         base.addEffect("blood", &blood);
         base.addEffect("sandrift", &sandrift);
         base.mLoadingEffect = &loading;
