@@ -20,20 +20,15 @@ public:
     void loadElements(ChunkLib::ReadBuffer& buffer);
 
     // Writes one chunk with the given identifier. A list without elements leaves no chunk.
-    void writeChunk(ChunkLib::WriteBuffer& buffer, unsigned short id) const
-    {
-        buffer.openChunk(id);
-        for (const T& element : *this) writeValue(buffer, element);
-        buffer.closeChunk();
-    }
+    void writeChunk(ChunkLib::WriteBuffer& buffer, unsigned short id) const;
 };
 
 // Texture coordinates; the third one is carried and never used.
 using UVWList = StructList<MathBase::Vector3f>;
 
-extern template void StructList<Index>::loadElements(ChunkLib::ReadBuffer&);
-extern template void StructList<MathBase::Vector3f>::loadElements(ChunkLib::ReadBuffer&);
-extern template void StructList<Color4f>::loadElements(ChunkLib::ReadBuffer&);
-extern template void StructList<BoneGroupWeight>::loadElements(ChunkLib::ReadBuffer&);
+extern template class StructList<Index>;
+extern template class StructList<MathBase::Vector3f>;
+extern template class StructList<Color4f>;
+extern template class StructList<BoneGroupWeight>;
 
 } // namespace y3d
