@@ -105,6 +105,9 @@ public:
     // matrix, the view of the active camera behind. Does nothing without one.
     void draw();
 
+    // Adds the draw jobs of all nodes that the active camera, which there must be, can see.
+    void renderVisibleNodes();
+
     // Adds the draw jobs of one node.
     void renderNode(Node* node, const MathBase::Matrix4x4Col& view);
 

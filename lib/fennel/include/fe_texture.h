@@ -21,8 +21,6 @@ public:
     TextureBase& operator*() const { return *mBase; }
 
 private:
-    void release();
-
     TextureBase* mBase; // shared with the other handles, may be null
 };
 

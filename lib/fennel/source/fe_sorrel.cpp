@@ -18,7 +18,6 @@
 #include "y3d_scene.h"
 
 #include <algorithm>
-#include <climits>
 #include <cstring>
 #include <memory>
 
@@ -181,9 +180,6 @@ void Engine::loadScene(const std::string& filename)
     const AM::File file = mArchiveManager->readFile(mSceneFile, -1);
     if (file.isNull())
         throw Exception("The scene '%s' mentioned in '%s' could not be found", mSceneFile.c_str(), filename.c_str());
-    if (file->length > INT_MAX)
-        throw Exception("The scene '%s' mentioned in '%s' is too large (%ld bytes)", mSceneFile.c_str(),
-                        filename.c_str(), file->length);
 
     y3d::Manager manager;
     manager.load(file->data, static_cast<int>(file->length));

@@ -107,12 +107,7 @@ void Engine::draw()
     mActiveCamera->activate();
 
     mRenderManager.clear();
-    for (Node* node : mNodes)
-    {
-        if (node->mMesh && isVisible(node->mWorldBox, mActiveCamera->mFrustum))
-            renderNode(node, mActiveCamera->mMatCameraInv);
-    }
-
+    renderVisibleNodes();
     activateLights();
 
     mRenderManager.sort();
@@ -121,6 +116,15 @@ void Engine::draw()
     GL_CHECKED(glBindBufferARB(GL_ARRAY_BUFFER_ARB, 0));
     GL_CHECKED(glBindBufferARB(GL_ELEMENT_ARRAY_BUFFER_ARB, 0));
     mActiveCamera->deactivate();
+}
+
+void Engine::renderVisibleNodes()
+{
+    for (Node* node : mNodes)
+    {
+        if (node->mMesh && isVisible(node->mWorldBox, mActiveCamera->mFrustum))
+            renderNode(node, mActiveCamera->mMatCameraInv);
+    }
 }
 
 void Engine::activateLights()

@@ -1,5 +1,7 @@
 #include "fe_texture.h"
 
+#include <utility>
+
 namespace Fennel
 {
 
@@ -12,22 +14,14 @@ Texture::Texture(const Texture& other) : Texture(other.mBase) {}
 
 Texture& Texture::operator=(const Texture& other)
 {
-    // Counted up first, so that a handle may be assigned to itself.
-    if (other.mBase) other.mBase->mRefCount++;
-    release();
-    mBase = other.mBase;
+    Texture shared(other);
+    std::swap(mBase, shared.mBase);
     return *this;
 }
 
 Texture::~Texture()
 {
-    release();
-}
-
-void Texture::release()
-{
     if (mBase && --mBase->mRefCount == 0) delete mBase;
-    mBase = nullptr;
 }
 
 } // namespace Fennel
