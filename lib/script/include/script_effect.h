@@ -12,7 +12,8 @@ namespace Script
 {
 
 // One entry of the timeline: when the effect object of this name runs, and the triggers, splines and child entries that
-// belong to it. Several entries may name one effect object and then share its state. Entries may be nested to any depth.
+// belong to it. Several entries may name one effect object and then share its state. Entries may be nested to any
+// depth.
 class Effect
 {
 public:
@@ -31,14 +32,14 @@ public:
     // Makes the entry start over: nothing has fired, a reset is due. `delta` is not used; children are not touched.
     void reverse(float delta);
 
-    std::string mName = "new";        // registered name of the effect object
-    bool mEnabled = false;            // the entry and its children run only if true
-    float mStart = 0.0f;              // seconds; music time, or the parent's local time for a child
-    float mEnd = 0.0f;                // seconds; the entry is active strictly before it
-    bool mNeedsReset = true;          // resetTriggers is due on the next update
-    std::vector<Effect*> mEffects;    // children, owned; their times count from this entry's start
-    std::vector<Trigger*> mTriggers;  // owned
-    std::vector<Spline*> mSplines;    // owned
+    std::string mName = "new";       // registered name of the effect object
+    bool mEnabled = false;           // the entry and its children run only if true
+    float mStart = 0.0f;             // seconds; music time, or the parent's local time for a child
+    float mEnd = 0.0f;               // seconds; the entry is active strictly before it
+    bool mNeedsReset = true;         // resetTriggers is due on the next update
+    std::vector<Effect*> mEffects;   // children, owned; their times count from this entry's start
+    std::vector<Trigger*> mTriggers; // owned
+    std::vector<Spline*> mSplines;   // owned
 
 private:
     Callback* findCallback(const std::map<std::string, Callback*>& callbacks) const;

@@ -15,7 +15,7 @@ class Spline
 public:
     struct Key
     {
-        float time = 0.0f;    // seconds of key time
+        float time = 0.0f; // seconds of key time
         float value = 0.0f;
         float tangent = 0.0f; // value units over a whole segment; written by recalculate, for "smooth" alone
     };

@@ -10,12 +10,12 @@ namespace Script
 class Trigger
 {
 public:
-    int mFired = 0;            // firings since the last reset; not stored in the script
+    int mFired = 0; // firings since the last reset; not stored in the script
     std::string mName = "new";
-    std::string mValue;        // any text; the effect makes sense of it
-    float mStart = 0.0f;       // seconds, first firing
-    int mRepeat = 1;           // firings in all; 0 or less never fires
-    float mDelay = 0.0f;       // seconds between firings
+    std::string mValue;  // any text; the effect makes sense of it
+    float mStart = 0.0f; // seconds, first firing
+    int mRepeat = 1;     // firings in all; 0 or less never fires
+    float mDelay = 0.0f; // seconds between firings
 };
 
 } // namespace Script

@@ -33,6 +33,10 @@ public:
 
     XmlTag mXmlTag; // the <?xml ...?> tag; without a name if the document has none. clear() leaves it.
 
+    // What ends a tag when a document is read. False: any closed tag of its name, so that <a/> inside <a> ends the
+    // outer one. True: only </a>, which a document needs that nests tags of one name.
+    bool mOnlyClosingTagEnds = false;
+
 private:
     void parseRecurse(BufferReader& reader);
 };

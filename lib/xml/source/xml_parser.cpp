@@ -71,6 +71,16 @@ void writeDocument(std::string& text, const XmlParser& document, const std::stri
     writeRecurse(text, document, indent, lineDone);
 }
 
+// `reader` stands before a tag that begins with "</".
+bool isBeforeClosingTag(BufferReader reader)
+{
+    reader.skipWhitespace(0);
+    if (!reader.isNext('<')) return false;
+    reader.skipChar(1);
+    reader.skipWhitespace(0);
+    return reader.isNext('/');
+}
+
 } // namespace
 
 XmlParser::XmlParser() : XmlNode(nullptr) {}
@@ -124,8 +134,9 @@ void XmlParser::parseRecurse(BufferReader& reader)
     while (node)
     {
         if (!tag) tag = std::make_unique<XmlNode>(nullptr);
+        const BufferReader before = reader;
         tag->parse(reader);
-        if (tag->mClosed && tag->mName == node->mName)
+        if (tag->mClosed && tag->mName == node->mName && (!mOnlyClosingTagEnds || isBeforeClosingTag(before)))
         {
             if (node->mChildren.empty()) node->mClosed = true;
             node = node == this ? nullptr : node->mParent;

@@ -156,6 +156,17 @@ TEST(Parser, readsOnceUntilItIsCleared)
     EXPECT_EQ(written(parser), "<?xml v=\"1\"?>\n\n<c>\n</c>\n");
 }
 
+TEST(Parser, closedChildOfItsParentsNameCanBeKept)
+{
+    Xml::XmlParser parser;
+    parser.mOnlyClosingTagEnds = true;
+    EXPECT_EQ(parseError(parser, "<a><a b=1/>< / a ><a/></a>"), "");
+    EXPECT_EQ(written(parser), "<a>\n\t<a b=\"1\"/>\n</a>\n");
+    parser.clear();
+    EXPECT_EQ(parseError(parser, "<a><a b=1/><?a?><c></c><a/></a> rest"), "");
+    EXPECT_EQ(written(parser), "<a>\n\t<a b=\"1\"/>\n\t<?a?>\n\t<c/>\n\t<a/>\n</a>\n");
+}
+
 TEST(Parser, longMessagesAreCut)
 {
     Xml::XmlNode node(nullptr);
