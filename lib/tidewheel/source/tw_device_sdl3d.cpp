@@ -62,11 +62,13 @@ void bindHUD(HUDBase& hud, GLuint& texture)
         uploadHUD(hud);
 }
 
-// Lays a HUD over the finished frame, in an attribute scope of its own.
-void drawHUD(HUDBase& hud, GLuint& texture, const Rectangle& place)
+// Lays a HUD over the finished frame, in an attribute scope of its own. The viewport outside of frames is whatever the
+// setup of an effect left it at, hence the whole window here.
+void drawHUD(HUDBase& hud, GLuint& texture, const Rectangle& place, int width, int height)
 {
     glPushAttrib(GL_ALL_ATTRIB_BITS);
     glPushClientAttrib(GL_CLIENT_ALL_ATTRIB_BITS);
+    glViewport(0, 0, width, height);
 
     glMatrixMode(GL_PROJECTION);
     glLoadIdentity();
@@ -247,7 +249,7 @@ void DeviceSDL3D::displayHUD(HUD& hud)
         x *= scale;
         y *= scale;
     }
-    drawHUD(hud, mHudTexture, {-x, y, x, -y});
+    drawHUD(hud, mHudTexture, {-x, y, x, -y}, mWidth, mHeight);
 }
 
 void DeviceSDL3D::displayMiniHUD(MiniHUD& hud)
@@ -262,7 +264,7 @@ void DeviceSDL3D::displayMiniHUD(MiniHUD& hud)
     place.right = static_cast<float>(mWidth - margin) / halfWidth - 1.0f;
     place.top = static_cast<float>(hud.mHeight + margin) / halfHeight - 1.0f;
     place.bottom = static_cast<float>(margin) / halfHeight - 1.0f;
-    drawHUD(hud, mMiniHudTexture, place);
+    drawHUD(hud, mMiniHudTexture, place, mWidth, mHeight);
 }
 
 void DeviceSDL3D::displayLoadingBar(float delta)

@@ -48,6 +48,7 @@ class BaseTest : public testing::Test
 protected:
     void load(const std::string& settings = "")
     {
+        mBase.reset(); // writes its settings
         mFolder.write("script.xml", "<script><effect name=\"probe\" start=\"0\" end=\"10\"/></script>");
         mFolder.write("tidewheel.xml", "<demo>" + settings + "<script file=\"script.xml\"/></demo>");
         mBase = std::make_unique<Tidewheel::Base>();
@@ -106,7 +107,7 @@ TEST_F(BaseTest, showsABarWithoutALoadingEffect)
     load();
     Probe other("other", mLog);
     mBase->addEffect("another", &other);
-    runWith({});
+    runWith({{}});
     EXPECT_EQ((Strings{"begin", "bar 0.000000", "end", "begin", "bar 1.000000", "end"}),
               Strings(mDevice->mCalls.begin(), mDevice->mCalls.begin() + 6));
 }

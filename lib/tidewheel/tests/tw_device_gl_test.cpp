@@ -269,6 +269,7 @@ TEST_F(DeviceTest, theMiniHUDSitsFivePixelsFromTheCorner)
     std::fill(hud.mData, hud.mData + 64 * 32, 0x80FFFFFFu);
 
     open(320, 240);
+    glViewport(0, 0, 800, 600); // as the setup of an effect may leave it
     mDevice.beginFrame();
     clear(0.0f, 0.0f, 0.0f);
     mDevice.displayMiniHUD(hud);
