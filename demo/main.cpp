@@ -15,6 +15,7 @@
 #include "lighting.h"
 #include "linesscene.h"
 #include "loading.h"
+#include "meta.h"
 #include "overlay.h"
 #include "particlesscene.h"
 #include "pixels.h"
@@ -23,6 +24,7 @@
 #include "render2texture.h"
 #include "sandrift.h"
 #include "scenese.h"
+#include "sorrelplayer.h"
 #include "static.h"
 #include "stencil.h"
 #include "stencilop.h"
@@ -44,6 +46,7 @@ int main(int, char**)
         base.addArchive("zip://../ourglacierheartcold.sdr");
         base.addScreenshotArchive("../screenshots/");
         base.load("");
+        base.checkWindow();
 
         // The effects come after the runtime, and so go before it: the window outlives their textures.
         Clear clear;
@@ -58,6 +61,10 @@ int main(int, char**)
         Render2Texture render2texture;
         CrashScene crash;
         Ball ball;
+        SorrelPlayer sorrel("avgrund.xml");
+        SorrelPlayer podium("katedral.xml");
+        Meta meta;
+        meta.mEngine = &podium.mEngine; // its balls float in that scene
         Pixels pixels;
         Stencil stencil;
         StencilOp stencilop1;
@@ -90,12 +97,15 @@ int main(int, char**)
         base.addEffect("render2texture", &render2texture);
         base.addEffect("crash", &crash);
         base.addEffect("ball", &ball);
+        base.addEffect("meta", &meta);
+        base.addEffect("sorrel", &sorrel);
         base.addEffect("pixels", &pixels);
         base.addEffect("stencil", &stencil);
         base.addEffect("stencilop1", &stencilop1);
         base.addEffect("stencilop2", &stencilop2);
         base.addEffect("stencilop3", &stencilop3);
         base.addEffect("circle", &circle);
+        base.addEffect("podium", &podium);
         base.addEffect("boolean", &boolean);
         base.addEffect("flash", &flash);
         base.addEffect("sun", &sun);

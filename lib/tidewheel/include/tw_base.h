@@ -71,9 +71,12 @@ public:
     // in whole milliseconds and the clock follows the position it really took.
     void setMusicTime(float seconds);
 
+    // Throws unless `load` brought a window that the show can be drawn in and, where frames are dumped, read from.
+    // Without one there is no GL context, so this comes before any effect is made.
+    void checkWindow() const;
+
     // Sets up all effects behind the loading screen and plays the show to its end. Throws whatever an effect throws,
-    // "User aborted!" if the user leaves while effects are being set up, and a clear text if there is no window that
-    // the show could be drawn in.
+    // "User aborted!" if the user leaves while effects are being set up, and what checkWindow throws.
     void run();
 
     AM::ArchiveManager mArchives;           // configuration, script, music, pictures, scenes
@@ -109,7 +112,6 @@ private:
     void loadVideoDump(const Xml::XmlTag& tag);
     void closeMusic();
 
-    void checkWindow() const;
     void setupEffects();
     void showLoading(int index);
     void startMusic();

@@ -190,7 +190,6 @@ void Base::run()
     closeMusic();
 }
 
-// Throws unless there is a window that the show, and the dumper if there is one, can work with.
 void Base::checkWindow() const
 {
     if (!mDevice)
