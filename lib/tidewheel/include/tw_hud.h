@@ -82,6 +82,7 @@ private:
     struct Span;
 
     Span getSpan(const Script::Effect& effect) const;
+    bool isHidden(int y, int height, int reach = 0) const;
     void drawFrame();
     void drawLogo();
     int drawDetails(const Script::Effect& effect, int y, bool selected);

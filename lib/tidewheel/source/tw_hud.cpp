@@ -82,6 +82,25 @@ int firstIndex(int first, int end, const Condition& condition)
     return first;
 }
 
+// How far from its zero line the curve can run, in rows. None of the four kinds of segment leaves the sum of what its
+// keys and tangents are worth, as long as the keys are in order; otherwise there is no limit.
+int reachOf(const Script::Spline& spline, float divisor)
+{
+    const float limit = 5e8f;
+    float value = 0.0f;
+    float tangent = 0.0f;
+    for (std::size_t k = 0; k < spline.mKeys.size(); ++k)
+    {
+        const Script::Spline::Key& key = *spline.mKeys[k];
+        if (k > 0 && !(key.time >= spline.mKeys[k - 1]->time)) return truncate(limit);
+        value = std::max(value, std::fabs(key.value));
+        tangent = std::max(tangent, std::fabs(key.tangent));
+    }
+    const float furthest = (3.0f * value + tangent) * std::fabs(spline.mValueScale) + std::fabs(spline.mValueOffset);
+    const float rows = furthest * splineReach / divisor + 2.0f;
+    return truncate(rows < limit ? rows : limit);
+}
+
 } // namespace
 
 // The part of an entry that lies in the window, in columns of the axis.
@@ -126,6 +145,12 @@ void HUD::setScriptEngine(Script::ScriptEngine* engine)
 float HUD::getTimePerPixel() const
 {
     return mWindowLength / axisWidth;
+}
+
+// Is nothing to be seen of a row of this height, even if it reaches `reach` rows beyond itself?
+bool HUD::isHidden(int y, int height, int reach) const
+{
+    return y + height + reach <= mScroll + mClipTop || y - reach >= mScroll + mClipBottom;
 }
 
 // A white sheet with round upper corners, and a black one inside it, which leaves a border of two pixels.
@@ -314,6 +339,7 @@ int HUD::drawTrigger(const Script::Effect& effect, const Script::Trigger& trigge
 // only fall, so those in the window are one range of them, and of those that share a column the last one is seen.
 void HUD::drawFirings(const Script::Trigger& trigger, float effectStart, int y, bool selected)
 {
+    if (isHidden(y, rowHeight)) return;
     const float base = effectStart + trigger.mStart;
     if (!std::isfinite(base) || !std::isfinite(trigger.mDelay)) return;
     const auto time = [&](int firing) { return firingTime(trigger, base, mWindowStart, firing); };
@@ -358,7 +384,7 @@ int HUD::drawSpline(const Script::Effect& effect, const Script::Spline& spline, 
         drawBox(span.left(), y, span.width(), 47, edited ? splineBarEdited : selected ? selectedRow : splineBar, true);
         for (int x = span.left(); x < axisLeft + truncate(span.x1); x += 5)
             drawPixel(x, y + splineMiddle, splineZero, true);
-        drawCurve(spline, span, effectStart, y, divisor);
+        if (!isHidden(y, splineHeight, reachOf(spline, divisor))) drawCurve(spline, span, effectStart, y, divisor);
     }
     drawText(spline.mName, 20, y - 1, effect.mEnabled ? enabledName : disabledName, 78, true);
     drawText(spline.mType, 25, y + 11, splineTypeText, 78, true);

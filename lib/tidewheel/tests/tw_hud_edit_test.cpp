@@ -403,7 +403,7 @@ TEST(HudSaving, noSequenceOfKeysBreaksTheTimeline)
         std::vector<Tidewheel::Event> records(10);
         Tidewheel::Events events;
         events.events = records.data();
-        for (int frame = 0; frame < 3000; ++frame)
+        for (int frame = 0; frame < 1500; ++frame)
         {
             events.count = static_cast<int>(pick(10)) + 1;
             for (Tidewheel::Event& event : records)

@@ -75,8 +75,8 @@ TEST(HudView, anEntrysBarTellsItsState)
         stage.time(test.time);
         EXPECT_EQ(pixel(stage.mHud, 205, 32), test.bar) << test.name;   // beside the text in the bar
         EXPECT_EQ(pixel(stage.mHud, 205, 35), test.inner) << test.name;
-        EXPECT_EQ(pixel(stage.mHud, 129, 31), test.left) << test.name;  // 2 s: 19.9 columns
-        EXPECT_EQ(pixel(stage.mHud, 209, 40), test.right) << test.name; // 10 s: 99.5 columns
+        EXPECT_EQ(pixel(stage.mHud, 129, 32), test.left) << test.name;  // 2 s: 19.9 columns
+        EXPECT_EQ(pixel(stage.mHud, 209, 38), test.right) << test.name; // 10 s: 99.5 columns
         EXPECT_EQ(pixel(stage.mHud, 208, 35), test.part < 0 ? 0xEE004466 : 0xEE000000) << test.name;
         EXPECT_EQ(pixel(stage.mHud, 205, 30), pixel(stage.mHud, 208, 35)) << test.name;
     }
@@ -196,7 +196,7 @@ TEST(HudView, aSplinesRowShowsTheCurve)
     EXPECT_EQ(pixel(stage.mHud, 507, y + 23), 0xEE776666u); // the key at 40 s is past the window; the curve ends here
 
     stage.press({Down, Return, Right});
-    EXPECT_EQ(pixel(stage.mHud, 310, y + 1), 0xFFFF6666u); // red over the curve
+    EXPECT_EQ(pixel(stage.mHud, 309, y + 1), 0xFFFF6666u); // red over the curve
     EXPECT_EQ(pixel(stage.mHud, 309, y + 0), red);
     EXPECT_EQ(pixel(stage.mHud, 130, y + 40), 0xEE440000u);
     EXPECT_EQ(pixel(stage.mHud, 5, y + 40), 0xEE000000u);
@@ -281,7 +281,7 @@ TEST(HudView, scrollsToTheSelectedRow)
     for (int i = 0; i < 40; ++i) stage.press(Down);
     EXPECT_TRUE(stage.mHud.mDirty);
     EXPECT_EQ(stage.mHud.mScroll, 41 * 12 - 456);
-    EXPECT_TRUE(hasText(stage.mHud, "known", 11, 30 + 40 * 12 - 36 - 1, 0xEEFFFFFF));
+    EXPECT_TRUE(hasText(stage.mHud, "known", 11, 30 + 40 * 12 - 36 - 1, 0xEEEEBB33));
     stage.press({Right, Down});
     EXPECT_EQ(stage.mHud.mScroll, 42 * 12 - 456);
     stage.press(Down);

@@ -92,14 +92,15 @@ inline std::uint32_t pixel(const Tidewheel::HUDBase& hud, int x, int y)
     return hud.mData[y * hud.mWidth + x];
 }
 
-// Does `text` stand at (x, y) in this colour, with all its ink and nothing of the colour in between?
+// Does `text` stand at (x, y) in this colour, with all its ink and nothing of the colour in between? The cells' first two
+// rows hold no letters, and may lie on a line of the frame or on a descender of the text above.
 inline bool hasText(const Tidewheel::HUDBase& hud, const std::string& text, int x, int y, std::uint32_t colour)
 {
     for (const char character : text)
     {
         const int code = static_cast<unsigned char>(character);
         const unsigned char* ink = hud.mFont + code * hud.mCharWidth * hud.mCharHeight;
-        for (int row = 0; row < hud.mCharHeight; ++row)
+        for (int row = 2; row < hud.mCharHeight; ++row)
             for (int column = 0; column < hud.mCharAdvance[code] && column < hud.mCharWidth; ++column)
                 if ((pixel(hud, x + column, y + row) == colour) != (ink[row * hud.mCharWidth + column] == 1))
                     return false;
