@@ -1,0 +1,9 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+// Walks over the chunks of a file that has a main chunk, and tells in a line each what no reader comes to: unknown and
+// misplaced chunks, chunks that are cut off or too deep, bytes that belong to none, data that is left over. Lines name
+// the chunk, the object it lies in and the offset in the file.
+std::vector<std::string> walkChunks(const std::vector<unsigned char>& bytes);

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+// The subcommands of the tool. Each gets the files and options that the command line named (options by their name with
+// the dashes; the value is empty where the option takes none) and returns the exit status. What goes wrong with a file
+// is thrown as y3d::Exception: `main` reports it and ends with STATUS_ERRORS.
+
+enum Status
+{
+    STATUS_FINE = 0,
+    STATUS_WARNINGS = 1,
+    STATUS_ERRORS = 2 // also a file that cannot be read or written, and a wrong command line
+};
+
+struct Arguments
+{
+    std::vector<std::string> files;
+    std::map<std::string, std::string> options;
+
+    bool has(const std::string& option) const { return options.count(option) != 0; }
+};
+
+int runInfo(const Arguments& arguments);
+int runCheck(const Arguments& arguments);
+int runCopy(const Arguments& arguments);
