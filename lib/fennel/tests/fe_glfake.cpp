@@ -163,5 +163,32 @@ void glCullFace(GLenum face) { note("glCullFace", face); }
 void glFrontFace(GLenum winding) { note("glFrontFace", winding); }
 void glInterleavedArrays(GLenum format, GLsizei stride, const void*) { note("glInterleavedArrays", format, stride); }
 void glDrawArrays(GLenum mode, GLint first, GLsizei count) { note("glDrawArrays", mode, first, count); }
+void glEnableClientState(GLenum array) { note("glEnableClientState", array); }
+void glMultMatrixf(const GLfloat* m) { note("glMultMatrixf", m[0], m[5], m[10], m[12], m[13], m[14]); }
+void glTexGeni(GLenum coordinate, GLenum name, GLint value) { note("glTexGeni", coordinate, name, value); }
+void glVertexPointer(GLint, GLenum, GLsizei, const void* points)
+{
+    note("glVertexPointer");
+    gl.pointArray = static_cast<const float*>(points);
+}
+void glNormalPointer(GLenum, GLsizei, const void* normals)
+{
+    note("glNormalPointer");
+    gl.normalArray = static_cast<const float*>(normals);
+}
+void glDrawElements(GLenum mode, GLsizei count, GLenum type, const void* indices)
+{
+    if (gl.asleep) return;
+    note("glDrawElements", mode, count, type);
+    GLFake::Draw draw;
+    for (int i = 0; i < count; ++i)
+    {
+        const float* point = gl.pointArray + 3 * static_cast<const GLubyte*>(indices)[i];
+        const float* normal = gl.normalArray + 3 * static_cast<const GLubyte*>(indices)[i];
+        draw.points.push_back({point[0], point[1], point[2]});
+        draw.normals.push_back({normal[0], normal[1], normal[2]});
+    }
+    gl.draws.push_back(draw);
+}
 void glDisableClientState(GLenum array) { note("glDisableClientState", array); }
 }

@@ -6,6 +6,7 @@
 
 #include "tw_glinclude.h"
 
+#include <array>
 #include <cstdio>
 #include <map>
 #include <string>
@@ -30,6 +31,13 @@ std::string call(const char* name, Arguments... arguments)
     return text;
 }
 
+// One glDrawElements: what its indices lead to.
+struct Draw
+{
+    std::vector<std::array<float, 3>> points;
+    std::vector<std::array<float, 3>> normals;
+};
+
 struct State
 {
     bool asleep = false;
@@ -37,6 +45,9 @@ struct State
     std::map<GLuint, std::vector<unsigned char>> textures; // alive, with the pixels of level 0
     std::map<GLuint, std::vector<unsigned char>> buffers;  // alive, with their bytes
     std::map<GLenum, GLuint> bound;                        // by target
+    std::vector<Draw> draws;
+    const float* pointArray = nullptr;
+    const float* normalArray = nullptr;
     GLuint lastName = 0;
     GLenum error = GL_NO_ERROR;                            // what the next glGetError gives
     const char* extensions = "GL_ARB_vertex_buffer_object";

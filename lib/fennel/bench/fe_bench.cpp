@@ -1,0 +1,211 @@
+#include "fe_camera.h"
+#include "fe_glfake.h"
+#include "fe_scenes.h"
+#include "fe_sorrel.h"
+
+#include "xml_parser.h"
+
+#include <benchmark/benchmark.h>
+
+#include <cmath>
+#include <ctime>
+
+// What a frame of a large scene costs beside its drawing, and where the time of a large load goes. OpenGL is the
+// stand-in of the tests, which does nothing here.
+
+namespace
+{
+
+using Fennel::Sorrel::Engine;
+
+const int meshNodes = 2000;
+const int meshes = 20;
+const int materials = 10;
+const int images = 5;
+
+// A Bezier curve of eight keys over 20 seconds.
+void addWave(y3d::TrackBlenderFloat& curve, float middle, float height)
+{
+    curve.mInterpolation = y3d::TrackBlenderFloat::INTERPOLATION_BEZIER;
+    for (int i = 0; i < 8; ++i)
+    {
+        const float time = 20.0f * static_cast<float>(i) / 7;
+        const float value = middle + (i % 2 ? height : -height);
+        curve.mKeys.push_back({{time - 1, value}, {time, value}, {time + 1, value}});
+    }
+}
+
+void addImage(Archives& archives, const std::string& name, int size)
+{
+    std::vector<unsigned char> pixels(static_cast<std::size_t>(size) * size * 4);
+    for (std::size_t i = 0; i < pixels.size(); ++i) pixels[i] = static_cast<unsigned char>(i / 4 ^ i >> 12);
+    AM::Image image = makeImage(size, size, pixels);
+    AM::File file = archives.mImageManager->encodeImage(name, image);
+    archives[name].assign(reinterpret_cast<const char*>(file->data), file->length);
+}
+
+void addMaterials(SceneFile& file, Archives& archives, int imageSize)
+{
+    for (int i = 0; i < images; ++i) addImage(archives, std::to_string(i) + ".png", imageSize);
+    for (int i = 0; i < materials; ++i)
+    {
+        const std::string image = std::to_string(i % images);
+        y3d::Material* material = file.material("m" + std::to_string(i), 1, 1, 1, i % 2);
+        file.texture(material->mAttributes[0], image, i < images ? image + ".png" : "");
+    }
+}
+
+// A sheet of size * size vertices, indexed.
+void addSheet(SceneFile& file, const std::string& name, const std::string& material, unsigned size)
+{
+    std::vector<Vector3f> positions;
+    std::vector<unsigned> indices;
+    for (unsigned y = 0; y < size; ++y)
+        for (unsigned x = 0; x < size; ++x)
+        {
+            positions.push_back(Vector3f(static_cast<float>(x), static_cast<float>(y), 0));
+            const unsigned corner = y * size + x;
+            if (x + 1 < size && y + 1 < size)
+                indices.insert(indices.end(),
+                               {corner, corner + 1, corner + size, corner + size, corner + 1, corner + size + 1});
+        }
+    addNormalsAndCoordinates(addSubmesh(file.mesh(name), positions, indices, material), Vector3f(0, 0, 1));
+}
+
+// 2,000 nodes on a lattice, half of them on position and rotation curves; 4 of 5 are in the picture.
+class FrameScene
+{
+public:
+    FrameScene()
+    {
+        GLFake::reset();
+        SceneFile file;
+        addMaterials(file, archives, 16);
+        for (int i = 0; i < meshes; ++i) addSheet(file, "mesh" + std::to_string(i), "m" + std::to_string(i % materials), 4);
+        for (int i = 0; i < meshNodes; ++i)
+        {
+            const Vector3f place(static_cast<float>(i % 20 * 8 - 80), static_cast<float>(i / 20 % 10 * 8 - 40),
+                                 static_cast<float>(-20 - i / 200 * 20));
+            y3d::MeshInstance* node = file.instance(nullptr, std::to_string(i), "mesh" + std::to_string(i % meshes), place);
+            if (i % 2) continue;
+            node->mRotation.mEuler = true;
+            addWave(node->mPosition.mX, place.x, 1);
+            addWave(node->mPosition.mY, place.y, 1);
+            addWave(node->mPosition.mZ, place.z, 1);
+            addWave(node->mRotation.mX, 0, 1);
+            addWave(node->mRotation.mY, 0, 1);
+            addWave(node->mRotation.mZ, 0, 1);
+        }
+        for (int i = 0; i < 8; ++i) file.light(nullptr, {0, 0, 0}, {1, 1, 1, 1}, 10);
+        file.camera(nullptr, "camera", {0, 0, 10});
+        file.store(archives);
+        engine.load(archives, "scene.xml");
+        GLFake::gl.asleep = true;
+        engine.updateKeyframing(0);
+    }
+
+    Archives archives;
+    Engine engine;
+};
+
+// Keyframing alone: time goes on by a frame of 60 a second and starts over after 20 seconds.
+void keyframing(benchmark::State& state)
+{
+    FrameScene scene;
+    float time = 0;
+    for (auto _ : state)
+    {
+        scene.engine.updateKeyframing(time);
+        time = std::fmod(time + 1 / 60.0f, 20.0f);
+    }
+}
+BENCHMARK(keyframing)->Unit(benchmark::kMicrosecond);
+
+void cullingAndSorting(benchmark::State& state)
+{
+    FrameScene scene;
+    for (auto _ : state)
+    {
+        scene.engine.mRenderManager.clear();
+        scene.engine.renderVisibleNodes();
+        scene.engine.mRenderManager.sort();
+    }
+    state.counters["jobs"] = static_cast<double>(scene.engine.mRenderManager.mJobs.size());
+}
+BENCHMARK(cullingAndSorting)->Unit(benchmark::kMicrosecond);
+
+void drawCalls(benchmark::State& state)
+{
+    FrameScene scene;
+    scene.engine.draw();
+    for (auto _ : state) scene.engine.mRenderManager.render();
+}
+BENCHMARK(drawCalls)->Unit(benchmark::kMicrosecond);
+
+void wholeFrame(benchmark::State& state)
+{
+    FrameScene scene;
+    float time = 0;
+    for (auto _ : state)
+    {
+        scene.engine.updateKeyframing(time);
+        scene.engine.draw();
+        time = std::fmod(time + 1 / 60.0f, 20.0f);
+    }
+}
+BENCHMARK(wholeFrame)->Unit(benchmark::kMicrosecond);
+
+// A scene of 50 MB with five pictures of 1024 by 1024, in steps that are timed one by one, in processor time. The
+// file lies in memory; the stand-in for OpenGL copies what is uploaded, as a driver does.
+void loadFiftyMegabytes(benchmark::State& state)
+{
+    GLFake::reset();
+    Archives archives;
+    {
+        SceneFile file;
+        addMaterials(file, archives, 1024);
+        for (int i = 0; i < meshes; ++i)
+        {
+            addSheet(file, "mesh" + std::to_string(i), "m" + std::to_string(i % materials), 204);
+            file.instance(nullptr, "node", "mesh" + std::to_string(i), {});
+        }
+        file.camera(nullptr, "camera", {});
+        file.store(archives);
+    }
+    const double megabytes = static_cast<double>(archives["scene.y3d"].size()) / 1e6;
+
+    double seconds[4] = {};
+    for (auto _ : state)
+    {
+        Engine engine;
+        std::clock_t start = std::clock();
+        const auto lap = [&](int phase) {
+            const std::clock_t now = std::clock();
+            seconds[phase] += static_cast<double>(now - start) / CLOCKS_PER_SEC;
+            start = now;
+        };
+
+        const AM::File bytes = archives.readFile("scene.y3d", -1);
+        lap(0);
+        y3d::Manager manager;
+        manager.load(bytes->data, static_cast<int>(bytes->length));
+        lap(1);
+        engine.mTextureManager.setArchiveManager(&archives);
+        const Xml::XmlParser none;
+        const Xml::IteratorConst scene = none.createIterator("");
+        for (int i = 0; i < manager.getNumMaterials(); ++i)
+            engine.loadMaterial(manager.getMaterialAt(i)->getName(), &manager, scene);
+        lap(2);
+        engine.loadNode(nullptr, manager.getSceneAt(0), &manager, scene, true);
+        lap(3);
+    }
+    const char* const phases[4] = {"1 read", "2 parse", "3 pictures", "4 buffers"};
+    for (int i = 0; i < 4; ++i)
+        state.counters[std::string(phases[i]) + " ms"] = 1000 * seconds[i] / static_cast<double>(state.iterations());
+    state.counters["MB"] = megabytes;
+}
+BENCHMARK(loadFiftyMegabytes)->Unit(benchmark::kMillisecond)->Iterations(3);
+
+} // namespace
+
+BENCHMARK_MAIN();
