@@ -85,7 +85,7 @@ int main(int argc, char** argv)
 {
     for (const Row& row : rows)
         benchmark::RegisterBenchmark(row.name, [&row](benchmark::State& state) { frames(state, row); })
-            ->Unit(benchmark::kMillisecond)
+            ->Unit(benchmark::kMicrosecond)
             ->UseRealTime();
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();

@@ -312,7 +312,8 @@ LISTED(glScalef, (GLfloat x, GLfloat y, GLfloat z), (x, y, z), apply({x, 0, 0, 0
 LISTED(glRotatef, (GLfloat degrees, GLfloat x, GLfloat y, GLfloat z), (degrees, x, y, z),
        apply(rotation(degrees, x, y, z)))
 NOTED(glMultMatrixd, (const GLdouble* matrix), (), apply(copyOf(matrix)))
-NOTED(glGetFloatv, (GLenum name, GLfloat* values), (name), getMatrix(name, values))
+
+void glGetFloatv(GLenum name, GLfloat* values) { getMatrix(name, values); }
 
 // State.
 
