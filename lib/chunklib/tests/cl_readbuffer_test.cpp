@@ -20,25 +20,6 @@ public:
 
     ReadBuffer* operator->() { return &mBuffer; }
 
-    // Opens everything and reads each payload as bytes and as a string; returns the number of chunks.
-    int walk()
-    {
-        int count = 0;
-        for (; mBuffer.openChunk(); mBuffer.closeChunk())
-        {
-            const uint32 start = mBuffer.mOffset;
-            Bytes payload(mBuffer.getLength());
-            EXPECT_TRUE(mBuffer.readBytes(payload.data(), mBuffer.getLength()));
-            EXPECT_FALSE(mBuffer.checkBoundaries(1));
-            mBuffer.mOffset = start;
-            std::string text;
-            mBuffer.read(text);
-            mBuffer.mOffset = start;
-            count += 1 + walk();
-        }
-        return count;
-    }
-
 private:
     static Bytes withHeader(const Bytes& chunks)
     {
@@ -176,18 +157,6 @@ TEST(ReadBuffer, brokenChunkIsClippedOrEndsItsLevelAndTheOneBehindItsParentIsFou
         }
         stream->closeChunk();
         EXPECT_EQ(stream->openChunk(), 0x01);
-    }
-}
-
-TEST(ReadBuffer, everyPrefixOfATreeIsWalkedWithinItsBlock)
-{
-    const Bytes tree = {0x10, 0x10, 29,   0,    0, 0, 0x20, 0x20, 9, 0, 0, 0, 0x10, 0xF0, 3, 0, 0,    0,    'p',
-                        0,    0,    0x06, 0xF0, 0, 0, 0,    0,    0, 0, 0, 0, 0,    0,    0, 0, 0x01, 0xF0, 1};
-    for (std::size_t length = 0; length <= tree.size(); ++length)
-    {
-        Stream stream(Bytes(tree.begin(), tree.begin() + static_cast<std::ptrdiff_t>(length)));
-        const int count = stream.walk();
-        EXPECT_TRUE(count == 5 || length < tree.size());
     }
 }
 

@@ -183,8 +183,10 @@ float TrackBlenderFloat::getValue(float time) const
 // mode takes it from another time instead.
 bool TrackBlenderFloat::extrapolate(const Vector2f& end, const Vector2f& handle, float time, float* value) const
 {
+    // A single key, or several at one time, make no cycle.
     const bool cyclic = mExtrapolation == EXTRAPOLATION_CYCLIC || mExtrapolation == EXTRAPOLATION_CYCLIC_OFFSET;
-    const bool constant = mExtrapolation == EXTRAPOLATION_CONSTANT || (cyclic && mKeys.size() == 1);
+    const bool instant = mKeys.front().mPoint.x == mKeys.back().mPoint.x;
+    const bool constant = mExtrapolation == EXTRAPOLATION_CONSTANT || (cyclic && instant);
     if (!constant && mExtrapolation != EXTRAPOLATION_LINEAR) return false;
 
     // Along the handle; a handle at its key's own time has no direction to follow in time, and the key's value stays.
