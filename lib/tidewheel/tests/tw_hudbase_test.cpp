@@ -100,10 +100,10 @@ TEST(HudFont, widthsFollowFromTheInk)
 {
     FontArchive archive(makeFont({{'A', 5, 3}, {' ', 7, 0}, {255, 0, 11}}));
     Canvas canvas(archive);
-    EXPECT_EQ(canvas.mCharAdvance['A'], 8);
+    EXPECT_EQ(canvas.mCharAdvance[65], 8);
     EXPECT_EQ(canvas.mCharAdvance[255], 3);
     EXPECT_EQ(canvas.mCharAdvance[32], 4);
-    EXPECT_EQ(canvas.mCharAdvance['B'], 0);
+    EXPECT_EQ(canvas.mCharAdvance[66], 0);
     EXPECT_EQ(canvas.mFont['A' * 96 + 3 * 8 + 5], 1);
 
     EXPECT_EQ(canvas.drawText("A\xFF", 10, 20, 0x11223344, 0, false), 11);
