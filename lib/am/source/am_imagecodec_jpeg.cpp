@@ -26,6 +26,11 @@ namespace
 // about ten times.
 const int maxScans = 100;
 
+// Pixels that a byte of the file can stand for: 8 blocks of 64, with one bit for each in the shortest code. Arithmetic
+// coding can do better on a blank picture, so a moderate size is always believed.
+const std::size_t maxPixelsPerByte = 512;
+const std::size_t moderateSize = std::size_t(1) << 22;
+
 // The memory source, and with it all that one decoding needs.
 struct MySourceMgr : jpeg_source_mgr
 {
@@ -166,7 +171,7 @@ void ImageCodecJPEG::decodeImage(const unsigned char* pBuf, std::size_t length, 
     const unsigned height = cinfo.image_height;
     const std::size_t pixels = static_cast<std::size_t>(width) * height;
     std::unique_ptr<unsigned char[]> block;
-    if (pixels <= maxImagePixels)
+    if (pixels <= maxImagePixels && (pixels <= moderateSize || pixels / maxPixelsPerByte <= length))
         block.reset(new (std::nothrow) unsigned char[pixels * 3]);
     if (!block)
         throw Exception("Internal jpeglib error; Picture too large (%ux%u)", width, height);

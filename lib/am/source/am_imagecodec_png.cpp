@@ -95,6 +95,8 @@ struct PngReader
             return false;
         png_set_read_fn(png, &input, pngReadData);
         png_set_sig_bytes(png, signatureLength);
+        // Nobody asks for texts, colour profiles and the like, and libpng would believe whatever length they claim.
+        png_set_keep_unknown_chunks(png, PNG_HANDLE_CHUNK_NEVER, nullptr, -1);
         png_read_png(png, info, PNG_TRANSFORM_IDENTITY, nullptr);
         return true;
     }

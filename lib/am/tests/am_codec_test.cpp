@@ -108,8 +108,11 @@ TEST(ImageCodecPNG, refusesOtherFormatsAndBadFiles)
 {
     const Bytes good = makePng(2, 2, 6, 8, countUp(16));
     const Bytes gigapixels = {0x7f, 0xff, 0xff, 0xff};
-    // A true checksum for a header that claims 60000 by 60000 pixels, 8-bit RGBA.
-    const Bytes square = {0, 0, 0xea, 0x60, 0, 0, 0xea, 0x60, 8, 6, 0, 0, 0, 0xe2, 0x72, 0x7b, 0x05};
+    // A true checksum for a header that claims 60000 by 60000 pixels.
+    const Bytes square = {0, 0, 0xea, 0x60, 0, 0, 0xea, 0x60, 8, 6, 0, 0, 0, 0x80, 0xd2, 0x75, 0x42};
+    // A text that claims 2 GB, in place of the file's end.
+    Bytes text = cut(good, good.size() - 12);
+    text.insert(text.end(), {0x7f, 0xff, 0xff, 0xff, 't', 'E', 'X', 't', 'a', 0, 'b'});
     struct { const char* name; Bytes file; std::string error; } const cases[] = {
         {"empty", Bytes(), pngHeader},
         {"seven bytes", cut(good, 7), pngHeader},
@@ -123,6 +126,7 @@ TEST(ImageCodecPNG, refusesOtherFormatsAndBadFiles)
         {"huge width", replaceBytes(good, 16, gigapixels), pngError},
         {"huge height", replaceBytes(good, 20, gigapixels), pngError},
         {"huge square", replaceBytes(good, 16, square), pngError},
+        {"huge text", text, pngError},
     };
     for (const auto& test : cases)
         EXPECT_EQ(test.error, decodePng(test.file).error) << test.name;
@@ -170,7 +174,8 @@ TEST(ImageCodecJPEG, refusesWhatIsDamagedOrTooMuch)
         {"end marker missing", cut(good, good.size() - 2), "Premature end of JPEG file"},
         {"half", cut(good, good.size() - 10), "Premature end of JPEG file"},
         {"huge", replaceBytes(good, size, {0xff, 0xdc, 0xff, 0xdc}), "Picture too large (65500x65500)"},
-        {"larger", replaceBytes(good, size, {0x2c, 0, 0x2c, 0}), "Corrupt JPEG data: premature end of data segment"},
+        {"too large for its bytes", replaceBytes(good, size, {0x10, 0, 0x10, 0}), "Picture too large (4096x4096)"},
+        {"larger", replaceBytes(good, size, {0x08, 0, 0x08, 0}), "Corrupt JPEG data: premature end of data segment"},
         {"cmyk", makeJpeg(8, 8, 4, countUp(256)), "Unsupported color conversion request"},
         {"scans", makeJpeg(8, 8, 1, countUp(64), 128), "More than 100 scans"},
     };
