@@ -290,8 +290,8 @@ scene 'Scene': 4 nodes
         deep = b""
         for level in range(2000):
             deep = chunk(0x5130, deep)
-        inputs = [data[:length] for length in range(0, len(data), 17)] + [
-            data[:place] + bytes([data[place] ^ 0xFF]) + data[place + 1:] for place in range(6, len(data), 17)] + [
+        inputs = [data[:length] for length in range(0, len(data), 61)] + [
+            data[:place] + bytes([data[place] ^ 0xFF]) + data[place + 1:] for place in range(6, len(data), 61)] + [
                 scene_file(scene(deep))]
         for damaged in inputs:
             for command in (("info", "-"), ("info", "--json", "-"), ("check", "-"), ("copy", "-", "/dev/null")):
