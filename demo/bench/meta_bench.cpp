@@ -18,9 +18,7 @@ void metaFrame(benchmark::State& state)
 {
     GLFake::reset();
     Archives archives;
-    AM::Image image = makeImage(1, 1, {1, 2, 3, 4});
-    AM::File file = archives.mImageManager->encodeImage("env.png", image);
-    archives["env.png"].assign(reinterpret_cast<const char*>(file->data), file->length);
+    archives.addPicture("env.png", makeImage(1, 1, {1, 2, 3, 4}));
     Fennel::TextureManager textures(&archives);
     Fennel::Sorrel::Engine engine;
     engine.mNodes.push_back(new Fennel::Sorrel::Node(nullptr));

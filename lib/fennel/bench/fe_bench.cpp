@@ -39,9 +39,7 @@ void addImage(Archives& archives, const std::string& name, int size)
 {
     std::vector<unsigned char> pixels(static_cast<std::size_t>(size) * size * 4);
     for (std::size_t i = 0; i < pixels.size(); ++i) pixels[i] = static_cast<unsigned char>(i / 4 ^ i >> 12);
-    AM::Image image = makeImage(size, size, pixels);
-    AM::File file = archives.mImageManager->encodeImage(name, image);
-    archives[name].assign(reinterpret_cast<const char*>(file->data), file->length);
+    archives.addPicture(name, makeImage(size, size, pixels));
 }
 
 void addMaterials(SceneFile& file, Archives& archives, int imageSize)
@@ -51,7 +49,7 @@ void addMaterials(SceneFile& file, Archives& archives, int imageSize)
     {
         const std::string image = std::to_string(i % images);
         y3d::Material* material = file.material("m" + std::to_string(i), 1, 1, 1, i % 2);
-        file.texture(material->mAttributes[0], image, i < images ? image + ".png" : "");
+        file.texture(material, image, i < images ? image + ".png" : "");
     }
 }
 
@@ -69,7 +67,7 @@ void addSheet(SceneFile& file, const std::string& name, const std::string& mater
                 indices.insert(indices.end(),
                                {corner, corner + 1, corner + size, corner + size, corner + 1, corner + size + 1});
         }
-    addNormalsAndCoordinates(addSubmesh(file.mesh(name), positions, indices, material), Vector3f(0, 0, 1));
+    addSubmesh(file.mesh(name), positions, indices, material);
 }
 
 // 2,000 nodes on a lattice, half of them on position and rotation curves; 4 of 5 are in the picture.
@@ -96,7 +94,7 @@ public:
             addWave(node->mRotation.mY, 0, 1);
             addWave(node->mRotation.mZ, 0, 1);
         }
-        for (int i = 0; i < 8; ++i) file.light(nullptr, {0, 0, 0}, {1, 1, 1, 1}, 10);
+        for (int i = 0; i < 8; ++i) file.light(nullptr, {0, 0, 0}, {1, 1, 1}, 10);
         file.camera(nullptr, "camera", {0, 0, 10});
         file.store(archives);
         engine.load(archives, "scene.xml");

@@ -10,7 +10,6 @@ void expectMatrix(const MathBase::Matrix4x4Col& matrix, const float (&expected)[
     for (int i = 0; i < 16; ++i) EXPECT_NEAR(matrix[i], expected[i], 2e-6f) << "element " << i;
 }
 
-// Whether a point lies on the inner side of all planes.
 bool sees(const MathBase::Frustum& frustum, const MathBase::Vector3f& point)
 {
     for (int i = 0; i < frustum.mNumPlanes; ++i)
@@ -20,26 +19,28 @@ bool sees(const MathBase::Frustum& frustum, const MathBase::Vector3f& point)
     return true;
 }
 
+// The tangent of half its field of view is 1, so the picture is as high as 2 times the distance, and twice as wide.
 Fennel::Camera cameraAt(const MathBase::Vector3f& position)
 {
     Fennel::Camera camera;
     camera.mPosition = position;
-    camera.mFov = 1.5707964f; // the tangent of half of it is 1
+    camera.mFov = 1.5707964f;
+    camera.mAspect = 2;
     camera.mNear = 1;
     camera.mFar = 3;
+    camera.updateMatrices();
     return camera;
 }
 
 } // namespace
 
-TEST(Camera, unrotatedLooksDownTheYAxis)
+TEST(Camera, unrotatedLooksDownAndItsMatricesInvertEachOther)
 {
-    Fennel::Camera camera = cameraAt({1, 2, 3});
-    camera.updateMatrices();
+    const Fennel::Camera camera = cameraAt({1, 2, 3});
     expectMatrix(camera.mMatCamera, {1, 0, 0, 0, 0, 0, -1, 0, 0, 1, 0, 0, 1, 2, 3, 1});
     expectMatrix(camera.mMatCameraInv, {1, 0, 0, 0, 0, 0, 1, 0, 0, -1, 0, 0, -1, 3, -2, 1});
-    EXPECT_TRUE(sees(camera.mFrustum, {1, 0, 3}));
-    EXPECT_FALSE(sees(camera.mFrustum, {1, 4, 3}));
+    expectMatrix(camera.mMatProj, {0.5f, 0, 0, 0, 0, 1, 0, 0, 0, 0, -2, -1, 0, 0, -3, 0});
+    expectMatrix(camera.mMatProjInfinite, {0.5f, 0, 0, 0, 0, 1, 0, 0, 0, 0, -1, -1, 0, 0, -2, 0});
 }
 
 // To the world the scale applies after the rotation, and back after the inverse rotation too: only an even scale makes
@@ -52,63 +53,31 @@ TEST(Camera, scaleAppliesAlongTheWorldsAxes)
     camera.updateMatrices();
     expectMatrix(camera.mMatCamera, {0, 4, 0, 0, 0, 0, -0.5f, 0, -2, 0, 0, 0, 0, 0, 0, 1});
     expectMatrix(camera.mMatCameraInv, {0, 0, -0.25f, 0, 0.5f, 0, 0, 0, 0, -2, 0, 0, 0, 0, 0, 1});
-
-    camera.mPosition = {5, -6, 7};
-    camera.mScale = {2, 2, 2};
-    camera.updateMatrices();
-    camera.mMatCameraInv.multiplyFromRight(camera.mMatCamera);
-    expectMatrix(camera.mMatCameraInv, {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1});
 }
 
-TEST(Camera, projectionsFollowFieldOfViewAspectNearAndFar)
+TEST(Camera, frustumEndsAtItsPlanes)
 {
-    Fennel::Camera camera = cameraAt({0, 0, 0});
-    camera.mAspect = 2;
-    camera.updateMatrices();
-    expectMatrix(camera.mMatProj, {0.5f, 0, 0, 0, 0, 1, 0, 0, 0, 0, -2, -1, 0, 0, -3, 0});
-    expectMatrix(camera.mMatProjInfinite, {0.5f, 0, 0, 0, 0, 1, 0, 0, 0, 0, -1, -1, 0, 0, -2, 0});
-}
-
-TEST(Camera, frustumEndsAtItsSixPlanes)
-{
-    Fennel::Camera camera = cameraAt({0, 10, 0}); // looks down, x to the right, up is negative z
-    camera.mAspect = 2;
-    camera.updateMatrices();
-    const struct
+    Fennel::Camera camera = cameraAt({0, 10, 0}); // looks down; x is to the right, up is negative z
+    const MathBase::Vector3f inside[] = {{3.9f, 8, 1.9f}, {-3.9f, 8, -1.9f}, {0, 8.9f, 0}, {0, 7.1f, 0}};
+    const MathBase::Vector3f outside[] = {{4.1f, 8, 0}, {-4.1f, 8, 0}, {0, 8, 2.1f}, {0, 8, -2.1f}, {0, 9.1f, 0}};
+    for (const MathBase::Frustum& frustum : {camera.mFrustum, camera.mFrustumInfinite})
     {
-        MathBase::Vector3f point;
-        bool finite, infinite;
-    } cases[] = {
-        {{0, 8, 0}, true, true},          {{3.9f, 8, 0}, true, true},   {{4.1f, 8, 0}, false, false},
-        {{-4.1f, 8, 0}, false, false},    {{0, 8, 1.9f}, true, true},   {{0, 8, 2.1f}, false, false},
-        {{0, 8, -2.1f}, false, false},    {{0, 9.1f, 0}, false, false}, {{0, 8.9f, 0}, true, true},
-        {{0, 7.1f, 0}, true, true},       {{0, 6.9f, 0}, false, true},  {{0, -1000, 0}, false, true},
-    };
-    for (const auto& one : cases)
-    {
-        EXPECT_EQ(sees(camera.mFrustum, one.point), one.finite) << one.point.x << " " << one.point.y << " " << one.point.z;
-        EXPECT_EQ(sees(camera.mFrustumInfinite, one.point), one.infinite) << one.point.y;
+        for (const auto& point : inside) EXPECT_TRUE(sees(frustum, point)) << point.x << " " << point.y;
+        for (const auto& point : outside) EXPECT_FALSE(sees(frustum, point)) << point.x << " " << point.y;
     }
-}
+    EXPECT_FALSE(sees(camera.mFrustum, {0, 6.9f, 0}));
+    EXPECT_TRUE(sees(camera.mFrustumInfinite, {0, 6.9f, 0}));
 
-TEST(Camera, farNotBehindNearCullsNothing)
-{
-    Fennel::Camera camera = cameraAt({0, 0, 0});
     camera.mFar = camera.mNear;
     camera.updateMatrices();
     EXPECT_EQ(camera.mFrustum.mNumPlanes, 0);
     expectMatrix(camera.mMatProj, {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1});
-}
 
-// What a broken file may hold must not reach an assertion of the mathematics.
-TEST(Camera, degenerateValuesAreTakenAsTheyCome)
-{
-    for (const float fov : {0.0f, 3.1415927f, -1.0f, 1e30f})
+    // What a broken file may hold must not reach an assertion of the mathematics.
+    camera.mScale = {0, 1, 0};
+    for (const float fov : {0.0f, 3.1415927f, 1e30f})
     {
-        Fennel::Camera camera = cameraAt({0, 0, 0});
         camera.mFov = fov;
-        camera.mScale = {0, 1, 0};
         camera.updateMatrices();
-        EXPECT_EQ(camera.mFrustum.mNumPlanes, 6) << fov;
     }
 }

@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <new>
+#include <utility>
 
 namespace GLFake
 {
@@ -27,168 +28,111 @@ void* operator new(std::size_t size)
 void operator delete(void* block) noexcept { std::free(block); }
 void operator delete(void* block, std::size_t) noexcept { std::free(block); }
 
-using GLFake::call;
 using GLFake::gl;
+
+// A function that is written down with `arguments`, has `effect`, and does nothing while asleep.
+#define NOTED(name, parameters, arguments, effect)                                                                     \
+    void APIENTRY name parameters                                                                                      \
+    {                                                                                                                  \
+        if (gl.asleep) return;                                                                                         \
+        gl.calls.push_back(GLFake::call arguments);                                                                    \
+        effect;                                                                                                        \
+    }
 
 namespace
 {
 
-template <typename... Arguments>
-void note(const char* name, Arguments... arguments)
-{
-    if (!gl.asleep) gl.calls.push_back(call(name, arguments...));
-}
-
-void noteVector(const char* name, GLenum target, GLenum parameter, const GLfloat* v)
-{
-    note(name, target, parameter, v[0], v[1], v[2], v[3]);
-}
-
-void upload(GLenum target, int width, int height, const void* data)
+void fill(std::vector<unsigned char>& block, std::size_t size, const void* data)
 {
     const unsigned char* bytes = static_cast<const unsigned char*>(data);
-    gl.textures[gl.bound[target]].assign(bytes, bytes + 4 * width * height);
+    block.assign(bytes, bytes + size);
 }
 
-void APIENTRY genBuffersARB(GLsizei, GLuint* names)
+void drawElements(int count, const GLubyte* indices)
 {
-    *names = ++gl.lastName;
-    gl.buffers[*names];
-    note("glGenBuffersARB");
+    GLFake::Draw draw;
+    for (int i = 0; i < count; ++i)
+    {
+        const float *p = gl.points + 3 * indices[i], *n = gl.normals + 3 * indices[i];
+        draw.points.push_back({p[0], p[1], p[2]});
+        draw.normals.push_back({n[0], n[1], n[2]});
+    }
+    gl.draws.push_back(draw);
 }
 
-void APIENTRY deleteBuffersARB(GLsizei, const GLuint* names)
-{
-    gl.buffers.erase(*names);
-    note("glDeleteBuffersARB", *names);
-}
-
-void APIENTRY bindBufferARB(GLenum target, GLuint name)
-{
-    if (gl.asleep) return;
-    gl.bound[target] = name;
-    note("glBindBufferARB", target, name);
-}
-
-void APIENTRY bufferDataARB(GLenum target, GLsizeiptrARB size, const void* data, GLenum usage)
-{
-    if (gl.asleep) return;
-    const unsigned char* bytes = static_cast<const unsigned char*>(data);
-    gl.buffers[gl.bound[target]].assign(bytes, bytes + size);
-    note("glBufferDataARB", target, size, usage);
-}
-
-void APIENTRY drawRangeElements(GLenum mode, GLuint start, GLuint end, GLsizei count, GLenum type, const void* offset)
-{
-    note("glDrawRangeElements", mode, start, end, count, type, reinterpret_cast<std::size_t>(offset));
-}
+NOTED(genBuffers, (GLsizei, GLuint* names), ("glGenBuffersARB"), gl.buffers[*names = ++gl.lastName])
+NOTED(deleteBuffers, (GLsizei, const GLuint* names), ("glDeleteBuffersARB", *names), gl.buffers.erase(*names))
+NOTED(bindBuffer, (GLenum target, GLuint name), ("glBindBufferARB", target, name), gl.bound[target] = name)
+NOTED(bufferData, (GLenum target, GLsizeiptrARB size, const void* data, GLenum usage),
+      ("glBufferDataARB", target, size, usage), fill(gl.buffers[gl.bound[target]], size, data))
+NOTED(drawRangeElements, (GLenum mode, GLuint start, GLuint end, GLsizei count, GLenum type, const void* offset),
+      ("glDrawRangeElements", mode, start, end, count, type, reinterpret_cast<std::size_t>(offset)), )
 
 } // namespace
 
 void GLFake::reset()
 {
     gl = State();
-    Tidewheel::glEntryPoints = {genBuffersARB, deleteBuffersARB, bindBufferARB, bufferDataARB, drawRangeElements};
+    Tidewheel::glEntryPoints = {genBuffers, deleteBuffers, bindBuffer, bufferData, drawRangeElements};
 }
 
 extern "C"
 {
-GLenum glGetError()
-{
-    const GLenum error = gl.error;
-    gl.error = GL_NO_ERROR;
-    return error;
-}
+GLenum glGetError() { return std::exchange(gl.error, GLenum(GL_NO_ERROR)); }
 const GLubyte* glGetString(GLenum) { return reinterpret_cast<const GLubyte*>(gl.extensions); }
 
-void glGenTextures(GLsizei, GLuint* names)
-{
-    *names = ++gl.lastName;
-    gl.textures[*names];
-    note("glGenTextures");
-}
-void glDeleteTextures(GLsizei, const GLuint* names)
-{
-    gl.textures.erase(*names);
-    note("glDeleteTextures", *names);
-}
-void glBindTexture(GLenum target, GLuint name)
-{
-    if (gl.asleep) return;
-    gl.bound[target] = name;
-    note("glBindTexture", target, name);
-}
-void glTexImage1D(GLenum target, GLint level, GLint components, GLsizei width, GLint border, GLenum format,
-                  GLenum type, const void* data)
-{
-    note("glTexImage1D", target, level, components, width, border, format, type);
-    upload(target, width, 1, data);
-}
-void glTexImage2D(GLenum target, GLint level, GLint components, GLsizei width, GLsizei height, GLint border,
-                  GLenum format, GLenum type, const void* data)
-{
-    note("glTexImage2D", target, level, components, width, height, border, format, type);
-    upload(target, width, height, data);
-}
-GLint gluBuild1DMipmaps(GLenum target, GLint components, GLsizei width, GLenum format, GLenum type, const void* data)
-{
-    note("gluBuild1DMipmaps", target, components, width, format, type);
-    upload(target, width, 1, data);
-    return 0;
-}
-GLint gluBuild2DMipmaps(GLenum target, GLint components, GLsizei width, GLsizei height, GLenum format, GLenum type,
-                        const void* data)
-{
-    note("gluBuild2DMipmaps", target, components, width, height, format, type);
-    upload(target, width, height, data);
-    return 0;
-}
-void glTexParameterf(GLenum target, GLenum name, GLfloat value) { note("glTexParameterf", target, name, value); }
+#define TEXTURE gl.textures[gl.bound[target]]
+NOTED(glGenTextures, (GLsizei, GLuint* names), ("glGenTextures"), gl.textures[*names = ++gl.lastName])
+NOTED(glDeleteTextures, (GLsizei, const GLuint* names), ("glDeleteTextures", *names), gl.textures.erase(*names))
+NOTED(glBindTexture, (GLenum target, GLuint name), ("glBindTexture", target, name), gl.bound[target] = name)
+NOTED(glTexImage1D, (GLenum target, GLint level, GLint parts, GLsizei w, GLint border, GLenum format, GLenum type,
+      const void* data), ("glTexImage1D", target, level, parts, w, border, format, type), fill(TEXTURE, 4 * w, data))
+NOTED(glTexImage2D, (GLenum target, GLint level, GLint parts, GLsizei w, GLsizei h, GLint border, GLenum format,
+      GLenum type, const void* data), ("glTexImage2D", target, level, parts, w, h, border, format, type),
+      fill(TEXTURE, 4 * w * h, data))
+NOTED(glTexParameterf, (GLenum target, GLenum name, GLfloat value), ("glTexParameterf", target, name, value), )
+NOTED(glTexGeni, (GLenum coordinate, GLenum name, GLint value), ("glTexGeni", coordinate, name, value), )
 
-void glMaterialf(GLenum face, GLenum name, GLfloat value) { note("glMaterialf", face, name, value); }
-void glMaterialfv(GLenum face, GLenum name, const GLfloat* v) { noteVector("glMaterialfv", face, name, v); }
-void glLightf(GLenum light, GLenum name, GLfloat value) { note("glLightf", light, name, value); }
-void glLightfv(GLenum light, GLenum name, const GLfloat* v) { noteVector("glLightfv", light, name, v); }
-void glLightModelf(GLenum name, GLfloat value) { note("glLightModelf", name, value); }
-void glEnable(GLenum capability) { note("glEnable", capability); }
-void glDisable(GLenum capability) { note("glDisable", capability); }
-void glColor4f(GLfloat r, GLfloat g, GLfloat b, GLfloat a) { note("glColor4f", r, g, b, a); }
-void glColor4fv(const GLfloat* v) { note("glColor4fv", v[0], v[1], v[2], v[3]); }
-void glMatrixMode(GLenum mode) { note("glMatrixMode", mode); }
-void glLoadIdentity() { note("glLoadIdentity"); }
-void glLoadMatrixf(const GLfloat* m) { note("glLoadMatrixf", m[0], m[5], m[10], m[12], m[13], m[14]); }
-void glClear(GLbitfield mask) { note("glClear", mask); }
-void glDepthMask(GLboolean on) { note("glDepthMask", on); }
-void glCullFace(GLenum face) { note("glCullFace", face); }
-void glFrontFace(GLenum winding) { note("glFrontFace", winding); }
-void glInterleavedArrays(GLenum format, GLsizei stride, const void*) { note("glInterleavedArrays", format, stride); }
-void glDrawArrays(GLenum mode, GLint first, GLsizei count) { note("glDrawArrays", mode, first, count); }
-void glEnableClientState(GLenum array) { note("glEnableClientState", array); }
-void glMultMatrixf(const GLfloat* m) { note("glMultMatrixf", m[0], m[5], m[10], m[12], m[13], m[14]); }
-void glTexGeni(GLenum coordinate, GLenum name, GLint value) { note("glTexGeni", coordinate, name, value); }
-void glVertexPointer(GLint, GLenum, GLsizei, const void* points)
+NOTED(glMaterialf, (GLenum face, GLenum name, GLfloat value), ("glMaterialf", face, name, value), )
+NOTED(glMaterialfv, (GLenum face, GLenum name, const GLfloat* v),
+      ("glMaterialfv", face, name, v[0], v[1], v[2], v[3]), )
+NOTED(glLightf, (GLenum light, GLenum name, GLfloat value), ("glLightf", light, name, value), )
+NOTED(glLightfv, (GLenum light, GLenum name, const GLfloat* v), ("glLightfv", light, name, v[0], v[1], v[2], v[3]), )
+NOTED(glLightModelf, (GLenum name, GLfloat value), ("glLightModelf", name, value), )
+NOTED(glEnable, (GLenum capability), ("glEnable", capability), )
+NOTED(glDisable, (GLenum capability), ("glDisable", capability), )
+NOTED(glColor4f, (GLfloat r, GLfloat g, GLfloat b, GLfloat a), ("glColor4f", r, g, b, a), )
+NOTED(glColor4fv, (const GLfloat* v), ("glColor4fv", v[0], v[1], v[2], v[3]), )
+NOTED(glMatrixMode, (GLenum mode), ("glMatrixMode", mode), )
+NOTED(glLoadIdentity, (), ("glLoadIdentity"), )
+NOTED(glLoadMatrixf, (const GLfloat* m), ("glLoadMatrixf", m[0], m[5], m[10], m[12], m[13], m[14]), )
+NOTED(glMultMatrixf, (const GLfloat* m), ("glMultMatrixf", m[0], m[5], m[10], m[12], m[13], m[14]), )
+NOTED(glClear, (GLbitfield mask), ("glClear", mask), )
+NOTED(glDepthMask, (GLboolean on), ("glDepthMask", on), )
+NOTED(glCullFace, (GLenum face), ("glCullFace", face), )
+NOTED(glFrontFace, (GLenum winding), ("glFrontFace", winding), )
+
+NOTED(glInterleavedArrays, (GLenum format, GLsizei stride, const void*), ("glInterleavedArrays", format, stride), )
+NOTED(glEnableClientState, (GLenum array), ("glEnableClientState", array), )
+NOTED(glDisableClientState, (GLenum array), ("glDisableClientState", array), )
+NOTED(glVertexPointer, (GLint, GLenum, GLsizei, const void* p), ("glVertexPointer"),
+      gl.points = static_cast<const float*>(p))
+NOTED(glNormalPointer, (GLenum, GLsizei, const void* p), ("glNormalPointer"),
+      gl.normals = static_cast<const float*>(p))
+NOTED(glDrawArrays, (GLenum mode, GLint first, GLsizei count), ("glDrawArrays", mode, first, count), )
+NOTED(glDrawElements, (GLenum mode, GLsizei count, GLenum type, const void* indices),
+      ("glDrawElements", mode, count, type), drawElements(count, static_cast<const GLubyte*>(indices)))
+
+GLint gluBuild1DMipmaps(GLenum target, GLint parts, GLsizei w, GLenum format, GLenum type, const void* data)
 {
-    note("glVertexPointer");
-    gl.pointArray = static_cast<const float*>(points);
+    gl.calls.push_back(GLFake::call("gluBuild1DMipmaps", target, parts, w, format, type));
+    fill(TEXTURE, 4 * w, data);
+    return 0;
 }
-void glNormalPointer(GLenum, GLsizei, const void* normals)
+GLint gluBuild2DMipmaps(GLenum target, GLint parts, GLsizei w, GLsizei h, GLenum format, GLenum type, const void* data)
 {
-    note("glNormalPointer");
-    gl.normalArray = static_cast<const float*>(normals);
+    gl.calls.push_back(GLFake::call("gluBuild2DMipmaps", target, parts, w, h, format, type));
+    fill(TEXTURE, 4 * w * h, data);
+    return 0;
 }
-void glDrawElements(GLenum mode, GLsizei count, GLenum type, const void* indices)
-{
-    if (gl.asleep) return;
-    note("glDrawElements", mode, count, type);
-    GLFake::Draw draw;
-    for (int i = 0; i < count; ++i)
-    {
-        const float* point = gl.pointArray + 3 * static_cast<const GLubyte*>(indices)[i];
-        const float* normal = gl.normalArray + 3 * static_cast<const GLubyte*>(indices)[i];
-        draw.points.push_back({point[0], point[1], point[2]});
-        draw.normals.push_back({normal[0], normal[1], normal[2]});
-    }
-    gl.draws.push_back(draw);
-}
-void glDisableClientState(GLenum array) { note("glDisableClientState", array); }
 }

@@ -1,7 +1,7 @@
 #pragma once
 
-// Stands in for OpenGL in binaries that need no display: they define the gl functions that the renderer calls. The
-// calls are written down as text, and textures and buffers are kept, so that a test sees what was made, what is in it
+// Stands in for OpenGL in binaries that need no display: they define the gl functions that renderer and scene effects
+// call. Calls are written down as text, textures and buffers are kept, so that a test sees what was made, what is in it
 // and what is left. Asleep, every call returns at once: that shows what a frame costs without its drawing.
 
 #include "tw_glinclude.h"
@@ -15,44 +15,34 @@
 namespace GLFake
 {
 
-inline void appendTo(std::string& text, double value)
-{
-    char number[32];
-    std::snprintf(number, sizeof(number), " %g", value);
-    text += number;
-}
-
 // "glEnable 2896": a call as it is written down, its numbers as printf's %g gives them.
-template <typename... Arguments>
-std::string call(const char* name, Arguments... arguments)
+template <typename... Arguments> std::string call(const char* name, Arguments... arguments)
 {
     std::string text = name;
-    (appendTo(text, static_cast<double>(arguments)), ...);
+    char number[32];
+    (text.append(number, std::snprintf(number, sizeof number, " %g", static_cast<double>(arguments))), ...);
     return text;
 }
 
 // One glDrawElements: what its indices lead to.
 struct Draw
 {
-    std::vector<std::array<float, 3>> points;
-    std::vector<std::array<float, 3>> normals;
+    std::vector<std::array<float, 3>> points, normals;
 };
 
 struct State
 {
     bool asleep = false;
     std::vector<std::string> calls;
-    std::map<GLuint, std::vector<unsigned char>> textures; // alive, with the pixels of level 0
-    std::map<GLuint, std::vector<unsigned char>> buffers;  // alive, with their bytes
-    std::map<GLenum, GLuint> bound;                        // by target
+    std::map<GLuint, std::vector<unsigned char>> textures, buffers; // alive, with pixels of level 0 and bytes
+    std::map<GLenum, GLuint> bound;                                 // by target
     std::vector<Draw> draws;
-    const float* pointArray = nullptr;
-    const float* normalArray = nullptr;
+    const float *points = nullptr, *normals = nullptr; // the client arrays
     GLuint lastName = 0;
-    GLenum error = GL_NO_ERROR;                            // what the next glGetError gives
+    GLenum error = GL_NO_ERROR; // what the next glGetError gives
     const char* extensions = "GL_ARB_vertex_buffer_object";
 
-    int count(const std::string& name) const; // calls that begin with this name
+    int count(const std::string& name) const; // calls of this name
 };
 
 extern State gl;

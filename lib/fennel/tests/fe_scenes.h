@@ -26,15 +26,13 @@
 using MathBase::Vector3f;
 
 // Files held in memory.
-class MemoryArchive : public AM::ArchiveBase
+struct MemoryArchive : AM::ArchiveBase
 {
-public:
     AM::File read(const std::string& name) override
     {
         const auto found = mFiles.find(name);
         if (found == mFiles.end()) return AM::File();
         AM::File file(new AM::FileStructure);
-        file->filename = name;
         file->length = static_cast<long>(found->second.size());
         file->data = new unsigned char[found->second.size()];
         std::memcpy(file->data, found->second.data(), found->second.size());
@@ -45,14 +43,6 @@ public:
     std::map<std::string, std::string> mFiles;
 };
 
-struct Archives : AM::ArchiveManager
-{
-    Archives() { mArchives.push_back(mMemory = new MemoryArchive); }
-    std::string& operator[](const std::string& name) { return mMemory->mFiles[name]; }
-
-    MemoryArchive* mMemory;
-};
-
 inline AM::Image makeImage(int width, int height, const std::vector<unsigned char>& bgra)
 {
     AM::Image image(new AM::ImageObject(0, 0, nullptr, nullptr, "test"));
@@ -61,6 +51,20 @@ inline AM::Image makeImage(int width, int height, const std::vector<unsigned cha
     return image;
 }
 
+struct Archives : AM::ArchiveManager
+{
+    Archives() { mArchives.push_back(mMemory = new MemoryArchive); }
+    std::string& operator[](const std::string& name) { return mMemory->mFiles[name]; }
+
+    void addPicture(const std::string& name, AM::Image image)
+    {
+        const AM::File file = mImageManager->encodeImage(name, image);
+        (*this)[name].assign(reinterpret_cast<const char*>(file->data), file->length);
+    }
+
+    MemoryArchive* mMemory; // owned by the manager
+};
+
 inline void setVector(y3d::TrackVector3f& track, const Vector3f& value)
 {
     track.mX.mBaseValue = value.x;
@@ -68,14 +72,15 @@ inline void setVector(y3d::TrackVector3f& track, const Vector3f& value)
     track.mZ.mBaseValue = value.z;
 }
 
-// A curve that goes straight from one value to another.
-inline void animate(y3d::TrackBlenderFloat& curve, float start, float from, float end, float to)
+// A curve that goes straight from one value at 0 to another at 10 seconds.
+inline void animate(y3d::TrackBlenderFloat& curve, float from, float to)
 {
     curve.mInterpolation = y3d::TrackBlenderFloat::INTERPOLATION_LINEAR;
-    for (const auto& key : {MathBase::Vector2f(start, from), MathBase::Vector2f(end, to)})
+    for (const auto& key : {MathBase::Vector2f(0, from), MathBase::Vector2f(10, to)})
         curve.mKeys.push_back({key, key, key});
 }
 
+// All normals look along z, and the texture coordinates of a vertex are its x and y.
 inline y3d::Submesh* addSubmesh(y3d::Mesh* mesh, const std::vector<Vector3f>& positions,
                                 const std::vector<unsigned>& indices, const std::string& material)
 {
@@ -84,24 +89,14 @@ inline y3d::Submesh* addSubmesh(y3d::Mesh* mesh, const std::vector<Vector3f>& po
     submesh->mMaterialName = material;
     submesh->mPositions = new y3d::StructList<Vector3f>(positions.begin(), positions.end());
     submesh->mIndices = new y3d::StructList<y3d::Index>(indices.begin(), indices.end());
+    submesh->mNormals = new y3d::StructList<Vector3f>(positions.size(), Vector3f(0, 0, 1));
+    submesh->mUVWs.push_back(new y3d::UVWList(positions.begin(), positions.end()));
 
     if (!mesh->mHasBoundingBox) mesh->mBoundingBox = MathBase::AABBpointsf(positions[0], positions[0]);
-    submesh->mBoundingBox = MathBase::AABBpointsf(positions[0], positions[0]);
+    for (const Vector3f& position : positions) mesh->mBoundingBox.includePoint(position);
+    submesh->mBoundingBox = mesh->mBoundingBox;
     mesh->mHasBoundingBox = submesh->mHasBoundingBox = true;
-    for (const Vector3f& position : positions)
-    {
-        submesh->mBoundingBox.includePoint(position);
-        mesh->mBoundingBox.includePoint(position);
-    }
     return submesh;
-}
-
-// Every vertex looks the same way, and its texture coordinates are its x and y.
-inline void addNormalsAndCoordinates(y3d::Submesh* submesh, const Vector3f& normal)
-{
-    const std::size_t count = submesh->mPositions->size();
-    submesh->mNormals = new y3d::StructList<Vector3f>(count, normal);
-    submesh->mUVWs.push_back(new y3d::UVWList(submesh->mPositions->begin(), submesh->mPositions->end()));
 }
 
 inline std::vector<Vector3f> quadAt(float z)
@@ -109,14 +104,10 @@ inline std::vector<Vector3f> quadAt(float z)
     return {Vector3f(-1, -1, z), Vector3f(1, -1, z), Vector3f(1, 1, z), Vector3f(-1, 1, z)};
 }
 
-// A scene file in the making.
+// A scene file in the making. A null parent stands for the scene itself.
 struct SceneFile
 {
-    SceneFile()
-    {
-        scene->mName = "Scene";
-        manager.mScenes.push_back(scene);
-    }
+    SceneFile() { manager.mScenes.push_back(scene); }
 
     y3d::Material* material(const std::string& name, float r, float g, float b, bool shadeless)
     {
@@ -128,26 +119,23 @@ struct SceneFile
         return made;
     }
 
-    static y3d::Material::Attribute* attribute(y3d::Material* to, const std::string& name, const y3d::Color4f& color)
+    static void attribute(y3d::Material* to, const std::string& name, const y3d::Color4f& color)
     {
-        y3d::Material::Attribute* made = new y3d::Material::Attribute;
-        to->mAttributes.push_back(made);
-        made->mName = name;
-        made->mColor = color;
-        return made;
+        to->mAttributes.push_back(new y3d::Material::Attribute);
+        to->mAttributes.back()->mName = name;
+        to->mAttributes.back()->mColor = color;
     }
 
-    // Has `attribute` use an image; the file holds an image of that name only with a file name.
-    void texture(y3d::Material::Attribute* attribute, const std::string& name, const std::string& filename)
+    // Lays an image over the material. Without a file name the file does not have the image.
+    void texture(y3d::Material* material, const std::string& name, const std::string& filename)
     {
         y3d::Texture* use = new y3d::Texture;
-        attribute->mTextures.push_back(use);
+        material->mAttributes[0]->mTextures.push_back(use);
         use->mImageName = name;
         if (filename.empty()) return;
-        y3d::Image* image = new y3d::Image;
-        manager.mImages.push_back(image);
-        image->mName = name;
-        image->mFileName = filename;
+        manager.mImages.push_back(new y3d::Image);
+        manager.mImages.back()->mName = name;
+        manager.mImages.back()->mFileName = filename;
     }
 
     y3d::Mesh* mesh(const std::string& name)
@@ -161,64 +149,57 @@ struct SceneFile
     y3d::Mesh* quad(const std::string& name, const std::string& materialName, float z = 0)
     {
         y3d::Mesh* made = mesh(name);
-        y3d::Submesh* submesh = addSubmesh(made, quadAt(z), {0, 1, 2, 0, 2, 3}, materialName);
-        addNormalsAndCoordinates(submesh, Vector3f(0, 0, 1));
+        addSubmesh(made, quadAt(z), {0, 1, 2, 0, 2, 3}, materialName);
         return made;
     }
 
-    template <typename NodeType>
-    NodeType* add(y3d::SceneNode* parent, const std::string& name, const Vector3f& position)
+    template <typename NodeType> NodeType* add(y3d::SceneNode* parent, const std::string& name, const Vector3f& place)
     {
         NodeType* node = new NodeType;
         (parent ? parent : scene)->addChild(node);
         node->mName = name;
-        setVector(node->mPosition, position);
+        setVector(node->mPosition, place);
         setVector(node->mScale, Vector3f(1, 1, 1));
         return node;
     }
 
     y3d::MeshInstance* instance(y3d::SceneNode* parent, const std::string& name, const std::string& meshName,
-                                const Vector3f& position)
+                                const Vector3f& place)
     {
-        y3d::MeshInstance* node = add<y3d::MeshInstance>(parent, name, position);
+        y3d::MeshInstance* node = add<y3d::MeshInstance>(parent, name, place);
         node->mMeshName = meshName;
         return node;
     }
 
     // Looks along negative z with y up: at a distance of 1 the picture is 2 high.
-    y3d::Camera* camera(y3d::SceneNode* parent, const std::string& name, const Vector3f& position)
+    y3d::Camera* camera(y3d::SceneNode* parent, const std::string& name, const Vector3f& place)
     {
-        y3d::Camera* node = add<y3d::Camera>(parent, name, position);
+        y3d::Camera* node = add<y3d::Camera>(parent, name, place);
         node->mRotation.mEuler = true;
         node->mRotation.mX.mBaseValue = 1.5707964f;
         node->mFov.mCurve.mBaseValue = 1.5707964f;
         return node;
     }
 
-    y3d::Light* light(y3d::SceneNode* parent, const Vector3f& position, const y3d::Color4f& color, float distance)
+    y3d::Light* light(y3d::SceneNode* parent, const Vector3f& place, const Vector3f& color, float distance)
     {
-        y3d::Light* node = add<y3d::Light>(parent, "light", position);
-        node->mLightColor.mR.mBaseValue = color.r;
-        node->mLightColor.mG.mBaseValue = color.g;
-        node->mLightColor.mB.mBaseValue = color.b;
+        y3d::Light* node = add<y3d::Light>(parent, "light", place);
+        node->mLightColor.mR.mBaseValue = color.x;
+        node->mLightColor.mG.mBaseValue = color.y;
+        node->mLightColor.mB.mBaseValue = color.z;
         node->mDistance.mCurve.mBaseValue = distance;
         return node;
     }
 
-    std::string bytes() const
+    // Puts file and description into the archives, as "scene.y3d" and "scene.xml".
+    void store(Archives& archives) const
     {
         unsigned char* data = nullptr;
         int size = 0;
         manager.write(&data, &size);
-        const std::unique_ptr<unsigned char[]> owner(data);
-        return std::string(reinterpret_cast<const char*>(data), static_cast<std::size_t>(size));
-    }
-
-    // Puts file and description into the archives, as "scene.xml".
-    void store(Archives& archives) const
-    {
-        archives["scene.y3d"] = bytes();
-        archives["scene.xml"] = "<x><scene filename=\"scene.y3d\" texturepath=\"\" name=\"Scene\"/></x>";
+        archives["scene.y3d"].assign(reinterpret_cast<const char*>(data), size);
+        archives["scene.xml"] = "<x><scene filename=\"scene.y3d\"/></x>";
+        delete[] data;
     }
 
     y3d::Manager manager;
