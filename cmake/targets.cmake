@@ -28,6 +28,9 @@ function(tw_test name)
   # Tests may look at what the library keeps to itself.
   target_include_directories(${name} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/source ${CMAKE_CURRENT_SOURCE_DIR}/tests)
   if(ARG_GL)
+    if(TIDEWHEEL_SANITIZE)
+      target_sources(${name} PRIVATE ${PROJECT_SOURCE_DIR}/cmake/keep_libraries.cpp)
+    endif()
     # -noreset: the display would reset itself when SDL's first connection closes.
     add_test(NAME ${name} COMMAND xvfb-run -a -s "-screen 0 1024x768x24 -noreset" $<TARGET_FILE:${name}>)
     # The driver and the X libraries keep a few blocks of their own at exit.

@@ -26,6 +26,14 @@ class Playing(unittest.TestCase):
             show.configure(show.read("tidewheel.xml")[6:-7].replace('<music file="track.wav"/>', ""))
             self.assertEqual((0, ""), show.run()[::2])
 
+    def test_a_second_window_and_a_second_music_take_the_place_of_the_first(self):
+        with Show(seconds=0.5) as show:
+            show.configure('<window width="64" height="48" type="opengl"/><music file="track.wav"/>' +
+                           show.read("tidewheel.xml")[6:-7])
+            status, output, errors = show.run()
+        self.assertEqual((0, ""), (status, errors))
+        self.assertEqual(2, output.count("Opening window"))
+
     def test_plays_from_the_zip_alone(self):
         with Show(seconds=0.5) as show:
             with zipfile.ZipFile(show.path / "ourglacierheartcold.sdr", "w", zipfile.ZIP_DEFLATED) as archive:
