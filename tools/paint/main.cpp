@@ -33,6 +33,9 @@ const Picture pictures[] = {
     {"stone.png", Paint::stoneSurface, false},
     {"floor.png", Paint::floorSurface, false},
     {"window.png", Paint::windowGlass, false},
+    {"rose.png", Paint::roseWindow, false},
+    {"flame.png", Paint::flameBody, false},
+    {"sky.png", Paint::skyDome, false},
 };
 
 } // namespace

@@ -260,4 +260,81 @@ Canvas windowGlass()
     return canvas;
 }
 
+// A wheel of twelve petals around a warm heart.
+Canvas roseWindow()
+{
+    const int size = 512;
+    Canvas canvas(size, size, abyss, 1.0f);
+    for (int y = 0; y < size; y++)
+        for (int x = 0; x < size; x++)
+        {
+            const float u = (float(x) + 0.5f) / size * 2.0f - 1.0f, v = (float(y) + 0.5f) / size * 2.0f - 1.0f;
+            const float radius = std::hypot(u, v), angle = std::atan2(v, u);
+            const float turn = angle / 6.2831853f * 12.0f + 6.0f;
+            const float petal = std::fabs(turn - std::floor(turn) - 0.5f) * 2.0f; // 0 in the middle of a petal, 1 at its edge
+            const float inner = std::fabs(turn * 2.0f - std::floor(turn * 2.0f) - 0.5f) * 2.0f;
+
+            float lead = 0.95f - radius;
+            Color glass = depth;
+            const float tint = 0.5f + 0.5f * noise(u * 5.0f + 8.0f, v * 5.0f + 8.0f, 64, 151u);
+            if (radius < 0.20f)
+            {
+                lead = std::min(0.20f - radius, 0.35f);
+                glass = mix(ember, {1.0f, 0.85f, 0.55f}, smooth(0.2f, 0.0f, radius));
+            }
+            else if (radius < 0.62f)
+            {
+                lead = std::min({(1.0f - petal) * radius * 0.26f, radius - 0.20f, 0.62f - radius});
+                glass = mix(mix(ember, {0.85f, 0.15f, 0.20f}, tint), ice, smooth(0.28f, 0.58f, radius));
+            }
+            else if (radius < 0.95f)
+            {
+                const float circle = 0.145f - std::hypot(radius - 0.785f, (petal * 0.5f) * radius * 0.5236f);
+                lead = circle > 0.0f ? circle : std::min({-circle, 0.95f - radius, radius - 0.62f, (1.0f - inner * 0.2f)});
+                glass = circle > 0.0f ? mix(ice, snow, 0.5f * tint) : mix({0.12f, 0.22f, 0.62f}, glacier, tint);
+            }
+            const float pane = smooth(0.008f, 0.024f, lead);
+            const float light = 0.85f + 0.3f * fractal(u * 6.0f + 8.0f, v * 6.0f + 8.0f, 64, 4, 152u);
+            canvas.at(x, y).color = radius < 0.95f ? mix(abyss * 0.7f, glass * light, pane) : abyss * 0.6f;
+        }
+    return canvas;
+}
+
+Canvas flameBody()
+{
+    const int width = 64, height = 128;
+    Canvas canvas(width, height, ember, 1.0f);
+    for (int y = 0; y < height; y++)
+        for (int x = 0; x < width; x++)
+        {
+            const float px = float(x) / width * 4.0f, v = float(y) / height;
+            const float heat = v + 0.22f * fractal(px, v * 3.0f, 4, 4, 171u);
+            Color color = mix({0.55f, 0.06f, 0.02f}, ember, smooth(0.05f, 0.45f, heat));
+            canvas.at(x, y).color = mix(color, {1.0f, 0.92f, 0.70f}, smooth(0.42f, 0.85f, heat));
+        }
+    return canvas;
+}
+
+// From the zenith in the first row to the horizon in the last: stars, an aurora, a cold glow.
+Canvas skyDome()
+{
+    const int size = 1024, height = 512;
+    Canvas canvas(size, height, abyss, 1.0f);
+    for (int y = 0; y < height; y++)
+        for (int x = 0; x < size; x++)
+        {
+            const float px = float(x) / size * 8.0f, v = float(y) / height;
+            Color color = mix(abyss * 0.6f, depth * 0.9f, smooth(0.15f, 0.95f, v));
+            color = color + glacier * (0.55f * smooth(0.72f, 0.98f, v));
+            const float line = 0.66f + 0.11f * fractal(px, 0.4f, 8, 4, 161u);
+            const float rays = 0.45f + 0.6f * fractal(px * 10.0f, v * 0.6f, 80, 3, 162u);
+            const float hang = v < line ? std::exp((v - line) * 8.0f) : std::exp((line - v) * 36.0f);
+            color = color + mix(glacier, {0.22f, 0.85f, 0.68f}, 0.7f) * (hang * std::max(0.0f, rays) * 0.8f);
+            const float star = noise(px * 26.0f, v * 104.0f, 208, 163u);
+            color = color + snow * (smooth(0.80f, 0.92f, star) * 0.8f * smooth(0.9f, 0.5f, v));
+            canvas.at(x, y).color = color;
+        }
+    return canvas;
+}
+
 } // namespace Paint

@@ -23,5 +23,8 @@ Canvas snowSurface();
 Canvas stoneSurface();
 Canvas floorSurface();
 Canvas windowGlass();
+Canvas roseWindow();
+Canvas flameBody();   // from the tip in the first row to the root in the last
+Canvas skyDome();     // repeats sideways alone
 
 } // namespace Paint

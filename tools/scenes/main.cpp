@@ -1,0 +1,48 @@
+// Makes the show's 3D scenes.
+//
+//     scenes FOLDER          avgrund and katedral, each as a Y3D file and its description, into an existing folder
+
+#include "scenes.h"
+
+#include <cstdio>
+#include <exception>
+#include <memory>
+#include <stdexcept>
+
+namespace
+{
+
+void writeScene(const std::string& folder, const std::string& name, void (*build)(Scenes::Builder&))
+{
+    Scenes::Builder builder;
+    build(builder);
+    builder.write(folder + "/" + name + ".y3d");
+
+    const std::string filename = folder + "/" + name + ".xml";
+    const std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(filename.c_str(), "wb"), std::fclose);
+    if (!file || std::fprintf(file.get(), "<sorrel>\n\t<scene filename=\"%s.y3d\" texturepath=\"\" name=\"scene\"/>\n</sorrel>\n",
+                              name.c_str()) < 0)
+        throw std::runtime_error(filename + ": cannot be written");
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    if (argc != 2 || argv[1][0] == '-')
+    {
+        std::fprintf(stderr, "usage: scenes FOLDER\n");
+        return 2;
+    }
+    try
+    {
+        writeScene(argv[1], "avgrund", Scenes::buildAvgrund);
+        writeScene(argv[1], "katedral", Scenes::buildKatedral);
+    }
+    catch (const std::exception& error)
+    {
+        std::fprintf(stderr, "Error: %s\n", error.what());
+        return 1;
+    }
+    return 0;
+}
