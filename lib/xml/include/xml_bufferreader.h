@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 namespace Xml
 {
@@ -17,7 +18,15 @@ struct BufferReader
     void skipChar(int count);
 
     // The next byte; a carriage return counts as a column. Throws "EOF" at the end.
-    char readChar();
+    char readChar()
+    {
+        const char c = peek();
+        if (c > '\r')
+            skipPlain(1);
+        else
+            skipControl(c);
+        return c;
+    }
 
     // Everything up to a byte of `stops` or the end of the buffer; the stop byte stays unread. A tab comes back as four
     // spaces, a carriage return is left out.
@@ -29,6 +38,10 @@ struct BufferReader
     // Letters, digits and bytes of `extra`, up to the first other byte or the end of the buffer. May come back empty.
     std::string readWord(const std::string& extra);
 
+    // As readLine and readWord, for those who keep the text elsewhere. The word is a part of the buffer.
+    void readLineInto(std::string& text, char stop);
+    std::string_view readWordView(std::string_view extra);
+
     // Skips spaces, tabs, carriage returns and newlines. Throws when fewer than `minimum` spaces and tabs were among
     // them.
     void skipWhitespace(int minimum);
@@ -36,10 +49,21 @@ struct BufferReader
     bool isAtEnd() const { return mPos >= mLength; }
 
     // The byte `ahead` of the read position, without moving. Throws "EOF" past the end.
-    char peek(unsigned int ahead = 0) const;
+    char peek(unsigned int ahead = 0) const
+    {
+        if (ahead >= mLength - mPos) throwEof();
+        return mData[mPos + ahead];
+    }
 
     // The next byte is there and is `c`.
     bool isNext(char c) const { return mPos < mLength && mData[mPos] == c; }
+
+    // Skips `count` bytes that were looked at before and are neither tabs, newlines nor carriage returns.
+    void skipPlain(unsigned int count)
+    {
+        mPos += count;
+        addColumns(count);
+    }
 
     const char* mData;     // not owned, not null-terminated
     unsigned int mLength;  // bytes
@@ -50,8 +74,12 @@ struct BufferReader
     int mTagColumn = -1;
 
 private:
-    void addColumns(unsigned int count);
-    std::string readUntil(const std::string& stops, bool newlineStops);
+    // Wraps around instead of overflowing: a line of gigabytes of tabs is no reason to stop.
+    void addColumns(unsigned int count) { mColumn = static_cast<int>(static_cast<unsigned int>(mColumn) + count); }
+
+    [[noreturn]] static void throwEof();
+    void skipControl(char c);
+    template <class IsStop> void readUntil(std::string& text, IsStop isStop, bool newlineStops);
 };
 
 } // namespace Xml

@@ -4,6 +4,7 @@
 #include "xml_iteratorconst.h"
 #include "xml_tag.h"
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,10 @@ public:
     XmlNode(const XmlNode&) = delete;
     XmlNode& operator=(const XmlNode&) = delete;
     ~XmlNode();
+
+    // Nodes come from a pool of the library.
+    static void* operator new(std::size_t size);
+    static void operator delete(void* node, std::size_t size);
 
     // Resets the tag to its defaults, leaves the parent if there is one, and deletes all children.
     void clear();
@@ -47,6 +52,9 @@ public:
 
     std::vector<XmlNode*> mChildren; // owned, in document order
     XmlNode* mParent;                // not owned, null for a root
+
+private:
+    void leave();
 };
 
 } // namespace Xml

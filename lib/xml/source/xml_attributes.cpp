@@ -1,7 +1,5 @@
 #include "xml_attributes.h"
 
-#include <utility>
-
 namespace Xml
 {
 
@@ -11,21 +9,21 @@ namespace
 // No tag of a show has more than six attributes; up to here a look at each is the fastest search.
 const std::size_t cShortList = 16;
 
+// Three is what most tags have.
+const std::size_t cFirstRoom = 3;
+
 } // namespace
 
-void AttributeSetter::set(std::string&& name, std::string&& value)
+std::string& AttributeSetter::valueOf(std::string_view name)
 {
-    if (XmlTag::Argument* present = find(name))
-    {
-        present->value = std::move(value);
-        return;
-    }
-    if (mArguments.empty()) mArguments.reserve(4);
+    if (XmlTag::Argument* present = find(name)) return present->value;
+    if (mArguments.capacity() == 0) mArguments.reserve(cFirstRoom);
     if (!mIndex.empty()) mIndex.emplace(name, mArguments.size());
-    mArguments.push_back({std::move(name), std::move(value)});
+    mArguments.push_back({std::string(name), std::string()});
+    return mArguments.back().value;
 }
 
-XmlTag::Argument* AttributeSetter::find(const std::string& name)
+XmlTag::Argument* AttributeSetter::find(std::string_view name)
 {
     if (mArguments.size() > cShortList) return findByIndex(name);
     for (XmlTag::Argument& argument : mArguments)
@@ -35,7 +33,7 @@ XmlTag::Argument* AttributeSetter::find(const std::string& name)
     return nullptr;
 }
 
-XmlTag::Argument* AttributeSetter::findByIndex(const std::string& name)
+XmlTag::Argument* AttributeSetter::findByIndex(std::string_view name)
 {
     if (mIndex.empty())
     {

@@ -2,8 +2,10 @@
 
 #include "xml_tag.h"
 
+#include <functional>
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Xml
@@ -17,14 +19,17 @@ public:
     // `arguments` must outlive the object, and only the object may change it meanwhile.
     explicit AttributeSetter(std::vector<XmlTag::Argument>& arguments) : mArguments(arguments) {}
 
-    void set(std::string&& name, std::string&& value);
+    // The value of the first attribute of this name, which is appended with an empty value if there is none. Valid
+    // until the next call.
+    std::string& valueOf(std::string_view name);
 
 private:
-    XmlTag::Argument* find(const std::string& name);
-    XmlTag::Argument* findByIndex(const std::string& name);
+    XmlTag::Argument* find(std::string_view name);
+    XmlTag::Argument* findByIndex(std::string_view name);
 
     std::vector<XmlTag::Argument>& mArguments;
-    std::map<std::string, std::size_t> mIndex; // of the first attribute of each name; empty while the list is short
+    std::map<std::string, std::size_t, std::less<>>
+        mIndex; // of the first attribute of each name; empty while the list is short
 };
 
 } // namespace Xml

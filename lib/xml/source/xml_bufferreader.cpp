@@ -15,7 +15,8 @@ namespace
 enum ByteClass : std::uint8_t
 {
     WordByte = 1, // letters and digits as isalnum knows them in the C locale, whatever the locale is
-    SpaceByte = 2
+    SpaceByte = 2,
+    ShapedByte = 4 // is not copied into a text as it is, or ends a line
 };
 
 constexpr std::array<std::uint8_t, 256> makeByteClasses()
@@ -24,7 +25,8 @@ constexpr std::array<std::uint8_t, 256> makeByteClasses()
     for (unsigned int c = '0'; c <= '9'; ++c) classes[c] = WordByte;
     for (unsigned int c = 'A'; c <= 'Z'; ++c) classes[c] = WordByte;
     for (unsigned int c = 'a'; c <= 'z'; ++c) classes[c] = WordByte;
-    for (const unsigned char c : {' ', '\t', '\r', '\n'}) classes[c] = SpaceByte;
+    for (const unsigned char c : {'\t', '\r', '\n'}) classes[c] = SpaceByte | ShapedByte;
+    classes[' '] = SpaceByte;
     return classes;
 }
 
@@ -35,23 +37,17 @@ bool isOfClass(char c, ByteClass wanted)
     return (cByteClasses[static_cast<unsigned char>(c)] & wanted) != 0;
 }
 
-bool contains(const std::string& bytes, char c)
+bool contains(std::string_view bytes, char c)
 {
     return !bytes.empty() && std::memchr(bytes.data(), c, bytes.size()) != nullptr;
 }
 
 } // namespace
 
-// Wraps around instead of overflowing: a line of gigabytes of tabs is no reason to stop.
-void BufferReader::addColumns(unsigned int count)
-{
-    mColumn = static_cast<int>(static_cast<unsigned int>(mColumn) + count);
-}
-
 void BufferReader::skipChar(int count)
 {
     if (count <= 0) return;
-    if (static_cast<unsigned int>(count) > mLength - mPos) throw XmlException("EOF");
+    if (static_cast<unsigned int>(count) > mLength - mPos) throwEof();
 
     for (const unsigned int end = mPos + static_cast<unsigned int>(count); mPos < end; ++mPos)
     {
@@ -68,77 +64,77 @@ void BufferReader::skipChar(int count)
     }
 }
 
-char BufferReader::readChar()
+void BufferReader::throwEof()
 {
-    const char c = peek();
-    if (c == '\r')
-    {
-        ++mPos;
-        addColumns(1);
-    }
-    else
-        skipChar(1);
-    return c;
+    throw XmlException("EOF");
 }
 
-char BufferReader::peek(unsigned int ahead) const
+// One byte of readChar, which counts a carriage return as a column where skipChar does not.
+void BufferReader::skipControl(char c)
 {
-    if (ahead >= mLength - mPos) throw XmlException("EOF");
-    return mData[mPos + ahead];
+    if (c == '\r')
+        skipPlain(1);
+    else
+        skipChar(1);
 }
 
 std::string BufferReader::readText(const std::string& stops)
 {
-    return readUntil(stops, false);
+    std::string text;
+    readUntil(
+        text, [&stops](char c) { return contains(stops, c); }, false);
+    return text;
 }
 
 std::string BufferReader::readLine(const std::string& stops)
 {
-    return readUntil(stops, true);
+    std::string text;
+    readUntil(
+        text, [&stops](char c) { return contains(stops, c); }, true);
+    return text;
 }
 
-// Copies in runs: a run ends at a byte that is not copied as it is.
-std::string BufferReader::readUntil(const std::string& stops, bool newlineStops)
+void BufferReader::readLineInto(std::string& text, char stop)
 {
-    std::string text;
-    unsigned int start = mPos;
-    const auto copyRun = [&] {
-        text.append(mData + start, mPos - start);
-        start = mPos + 1;
-    };
+    text.clear();
+    readUntil(
+        text, [stop](char c) { return c == stop; }, true);
+}
 
-    for (; mPos < mLength; ++mPos)
+// Copies in runs, up to a byte that stops or is not copied as it is.
+template <class IsStop> void BufferReader::readUntil(std::string& text, IsStop isStop, bool newlineStops)
+{
+    for (;;)
     {
-        const char c = mData[mPos];
-        if (contains(stops, c)) break;
-        if (c == '\n')
-        {
-            if (newlineStops) break;
-            ++mLine;
-            mColumn = 1;
-        }
-        else if (c == '\t')
-        {
-            copyRun();
-            text.append("    ");
-            addColumns(4);
-        }
-        else
-        {
-            if (c == '\r') copyRun();
-            addColumns(1);
-        }
+        const char* const start = mData + mPos;
+        const char* const end = mData + mLength;
+        const char* at = start;
+        while (at < end && !isStop(*at) && !isOfClass(*at, ShapedByte)) ++at;
+        text.append(start, at);
+        skipPlain(static_cast<unsigned int>(at - start));
+
+        if (at == end || isStop(*at) || (newlineStops && *at == '\n')) return;
+        if (*at == '\n')
+            text += '\n';
+        else if (*at == '\t')
+            text += "    ";
+        skipControl(*at);
     }
-    text.append(mData + start, mPos - start);
-    return text;
 }
 
 std::string BufferReader::readWord(const std::string& extra)
 {
-    const unsigned int start = mPos;
-    while (mPos < mLength && (isOfClass(mData[mPos], WordByte) || contains(extra, mData[mPos]))) ++mPos;
-    addColumns(mPos - start);
-    return std::string(mData + start, mPos - start);
+    return std::string(readWordView(extra));
+}
+
+std::string_view BufferReader::readWordView(std::string_view extra)
+{
+    const char* const start = mData + mPos;
+    const char* const end = mData + mLength;
+    const char* at = start;
+    while (at < end && (isOfClass(*at, WordByte) || contains(extra, *at))) ++at;
+    skipPlain(static_cast<unsigned int>(at - start));
+    return std::string_view(start, static_cast<std::size_t>(at - start));
 }
 
 void BufferReader::skipWhitespace(int minimum)

@@ -1,7 +1,10 @@
 #include "xml_node.h"
 
+#include "xml_nodepool.h"
+
 #include <algorithm>
 #include <memory>
+#include <new>
 
 namespace Xml
 {
@@ -12,28 +15,47 @@ XmlNode::XmlNode(const XmlTag& tag, XmlNode* parent) : XmlTag(tag), mParent(pare
 
 XmlNode::~XmlNode()
 {
-    clear();
+    leave();
 }
 
-// Takes the tree apart from the leaves up, going down and up by mParent, so that a tree of any depth costs neither
-// stack nor memory.
+// The size tells a node from an object of a derived class.
+void* XmlNode::operator new(std::size_t size)
+{
+    return size == sizeof(XmlNode) ? NodePool::take() : ::operator new(size);
+}
+
+void XmlNode::operator delete(void* node, std::size_t size)
+{
+    if (size == sizeof(XmlNode))
+        NodePool::give(node);
+    else
+        ::operator delete(node);
+}
+
 void XmlNode::clear()
 {
     setTag(XmlTag());
-    if (mParent) mParent->detachChild(this);
+    leave();
+}
 
+// Leaves the parent and deletes the children. The tree is taken apart from the leaves up, going down and up by mParent,
+// so that any depth of it costs neither stack nor memory. Last children go first: the heap gets its blocks back in the
+// reverse order in which it gave them out, which leaves it in one piece.
+void XmlNode::leave()
+{
+    if (mParent) mParent->detachChild(this);
     XmlNode* node = this;
     for (;;)
     {
         if (!node->mChildren.empty())
         {
-            XmlNode* child = node->mChildren.back();
+            XmlNode* const child = node->mChildren.back();
             child->mParent = node;
             node = child;
             continue;
         }
         if (node == this) return;
-        XmlNode* parent = node->mParent;
+        XmlNode* const parent = node->mParent;
         parent->mChildren.pop_back();
         node->mParent = nullptr;
         delete node;

@@ -5,7 +5,6 @@
 
 #include <climits>
 #include <memory>
-#include <ostream>
 #include <utility>
 #include <vector>
 
@@ -15,13 +14,8 @@ namespace Xml
 namespace
 {
 
-// Texts go to a stream in pieces of about this size, in bytes.
-const std::size_t cStreamPiece = 1 << 16;
-
-// The children of `root` and its closing tag, appended to `text` line by line; `lineDone(text)` follows each line and
-// may take away what stands there. An explicit list of open levels stands in for recursion.
-template <class LineDone>
-void writeRecurse(std::string& text, const XmlNode& root, const std::string& indent, LineDone lineDone)
+// The children of `root` and its closing tag. An explicit list of open levels stands in for recursion.
+template <class Text> void writeRecurse(Text& text, const XmlNode& root, const std::string& indent)
 {
     struct Level
     {
@@ -38,11 +32,9 @@ void writeRecurse(std::string& text, const XmlNode& root, const std::string& ind
             const XmlNode* child = level.node->mChildren[level.next++];
             text += indentation;
             appendTag(text, *child, true);
-            if (!child->mClosed)
-            {
-                levels.push_back({child, 0});
-                indentation += indent;
-            }
+            if (child->mClosed) continue;
+            levels.push_back({child, 0});
+            indentation += indent;
         }
         else
         {
@@ -54,12 +46,10 @@ void writeRecurse(std::string& text, const XmlNode& root, const std::string& ind
             text += node->mName;
             text += ">\n";
         }
-        lineDone(text);
     }
 }
 
-template <class LineDone>
-void writeDocument(std::string& text, const XmlParser& document, const std::string& indent, LineDone lineDone)
+template <class Text> void writeDocument(Text& text, const XmlParser& document, const std::string& indent)
 {
     if (document.mXmlTag.mName == "xml")
     {
@@ -67,8 +57,7 @@ void writeDocument(std::string& text, const XmlParser& document, const std::stri
         text += '\n';
     }
     appendTag(text, document, false);
-    lineDone(text);
-    writeRecurse(text, document, indent, lineDone);
+    writeRecurse(text, document, indent);
 }
 
 // `reader` stands before a tag that begins with "</".
@@ -118,7 +107,7 @@ void XmlParser::parse(BufferReader& reader)
         if (mXmlTag.mName.empty())
             mXmlTag.setTag(tag);
         else
-            for (Argument& argument : tag.mArguments) merged.set(std::move(argument.name), std::move(argument.value));
+            for (Argument& argument : tag.mArguments) merged.valueOf(argument.name) = std::move(argument.value);
     }
     if (tag.mClosed) throw XmlException("Root tag is closed!");
     setTag(tag);
@@ -126,14 +115,20 @@ void XmlParser::parse(BufferReader& reader)
 }
 
 // Fills the root until its closing tag. `node` is the innermost open tag; going back up by mParent keeps any depth of
-// nesting off the stack.
+// nesting off the stack. Tags are read in the place where they stay, with room for as many attributes as their
+// neighbour has.
 void XmlParser::parseRecurse(BufferReader& reader)
 {
     XmlNode* node = this;
     std::unique_ptr<XmlNode> tag;
+    std::size_t room = mArguments.size();
     while (node)
     {
-        if (!tag) tag = std::make_unique<XmlNode>(nullptr);
+        if (!tag)
+        {
+            tag = std::make_unique<XmlNode>(nullptr);
+            tag->mArguments.reserve(room);
+        }
         const BufferReader before = reader;
         tag->parse(reader);
         if (tag->mClosed && tag->mName == node->mName && (!mOnlyClosingTagEnds || isBeforeClosingTag(before)))
@@ -142,35 +137,35 @@ void XmlParser::parseRecurse(BufferReader& reader)
             node = node == this ? nullptr : node->mParent;
             continue;
         }
+        room = tag->mArguments.size();
+        if (node->mChildren.empty()) node->mChildren.reserve(4);
         node->mChildren.push_back(tag.get());
         node->mClosed = false;
         tag->mParent = node;
-        XmlNode* child = tag.release();
+        XmlNode* const child = tag.release();
         if (!child->mClosed) node = child;
     }
 }
 
 void XmlParser::write(std::ostream& stream, const std::string& indent) const
 {
-    std::string text;
-    const auto pass = [&](std::string& piece) {
-        stream.write(piece.data(), static_cast<std::streamsize>(piece.size()));
-        piece.clear();
-    };
-    writeDocument(text, *this, indent, [&](std::string& piece) {
-        if (piece.size() >= cStreamPiece) pass(piece);
-    });
-    pass(text);
-    stream.flush();
+    StreamText text(stream);
+    writeDocument(text, *this, indent);
+    text.finish();
 }
 
+// Measured first: a text of megabytes that grows by doubling costs more in fresh pages than in writing, and a tree so
+// deep that its indentation fills the memory is refused before it does.
 void XmlParser::write(std::string& text, const std::string& indent) const
 {
+    TextLength length;
+    writeDocument(length, *this, indent);
+    if (length.length() > INT_MAX)
+        throw XmlException("XmlParser::write, Text is too long (%zu bytes)", length.length());
+
     text.clear();
-    writeDocument(text, *this, indent, [](const std::string& written) {
-        if (written.size() > INT_MAX)
-            throw XmlException("XmlParser::write, Text is too long (more than %d bytes)", INT_MAX);
-    });
+    text.reserve(length.length());
+    writeDocument(text, *this, indent);
 }
 
 } // namespace Xml

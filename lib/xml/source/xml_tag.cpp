@@ -6,8 +6,7 @@
 #include "xml_tagtext.h"
 
 #include <cstdio>
-#include <ostream>
-#include <utility>
+#include <string_view>
 
 namespace Xml
 {
@@ -17,31 +16,34 @@ const std::string emptyString;
 namespace
 {
 
+// The next byte that is not whitespace, still unread.
 char nextOrEof(BufferReader& reader)
 {
+    if (!reader.isAtEnd() && reader.peek() > ' ') return reader.peek();
     reader.skipWhitespace(0);
     return reader.peek();
-}
-
-std::string readQuoted(BufferReader& reader)
-{
-    const char quote = reader.readChar();
-    std::string value = reader.readLine(std::string(1, quote));
-    if (reader.peek() != quote) throw XmlException("You must close the value using %c", quote);
-    reader.skipChar(1);
-    return value;
 }
 
 // One attribute, added through `attributes`.
 void readAttribute(BufferReader& reader, bool equalsRequired, AttributeSetter& attributes)
 {
-    std::string name = reader.readWord("");
-    reader.skipWhitespace(0);
-    if (equalsRequired && reader.readChar() != '=') throw XmlException("'=' expected!");
-
-    const char first = nextOrEof(reader);
-    const bool isQuoted = first == '"' || first == '\'';
-    attributes.set(std::move(name), isQuoted ? readQuoted(reader) : reader.readWord(""));
+    const std::string_view name = reader.readWordView("");
+    char first = nextOrEof(reader);
+    if (equalsRequired)
+    {
+        if (reader.readChar() != '=') throw XmlException("'=' expected!");
+        first = nextOrEof(reader);
+    }
+    std::string& value = attributes.valueOf(name);
+    if (first != '"' && first != '\'')
+    {
+        value = reader.readWordView("");
+        return;
+    }
+    reader.skipPlain(1);
+    reader.readLineInto(value, first);
+    if (reader.peek() != first) throw XmlException("You must close the value using %c", first);
+    reader.skipPlain(1);
 }
 
 } // namespace
@@ -244,10 +246,9 @@ void XmlTag::parseAttribute(BufferReader& reader, bool equalsRequired)
 
 void XmlTag::write(std::ostream& stream, bool selfClose) const
 {
-    std::string text;
+    StreamText text(stream);
     appendTag(text, *this, selfClose);
-    stream.write(text.data(), static_cast<std::streamsize>(text.size()));
-    stream.flush();
+    text.finish();
 }
 
 } // namespace Xml
