@@ -30,6 +30,9 @@ namespace
 
 const std::size_t MAX_LIGHTS = 8; // that shine at a time
 
+// More than that nobody reads; the others are only counted.
+const std::size_t MAX_FINDINGS = 1000;
+
 struct Finding
 {
     bool isError;
@@ -37,12 +40,25 @@ struct Finding
     std::string reason;
 };
 
+struct Report
+{
+    void add(bool isError, const std::string& object, const std::string& reason)
+    {
+        (isError ? numErrors : numWarnings) += 1;
+        if (findings.size() < MAX_FINDINGS) findings.push_back({isError, object, reason});
+    }
+
+    std::vector<Finding> findings;
+    std::size_t numErrors = 0;
+    std::size_t numWarnings = 0;
+};
+
 class Check
 {
 public:
     explicit Check(const SceneFile& file) : mFile(file), mManager(file.manager) {}
 
-    std::vector<Finding> run()
+    Report run()
     {
         checkNames("mesh", mManager.mMeshes);
         checkNames("material", mManager.mMaterials);
@@ -51,12 +67,12 @@ public:
         checkScenes();
         for (const y3d::Mesh* mesh : mManager.mMeshes) checkMesh(*mesh);
         for (const std::string& trouble : walkChunks(mFile.bytes)) warn("file", trouble);
-        return mFindings;
+        return mReport;
     }
 
 private:
-    void fail(const std::string& object, const std::string& reason) { mFindings.push_back({true, object, reason}); }
-    void warn(const std::string& object, const std::string& reason) { mFindings.push_back({false, object, reason}); }
+    void fail(const std::string& object, const std::string& reason) { mReport.add(true, object, reason); }
+    void warn(const std::string& object, const std::string& reason) { mReport.add(false, object, reason); }
 
     // Of several objects with one name the last is found.
     template <class T> void checkNames(const char* kind, const std::vector<T*>& objects)
@@ -229,7 +245,7 @@ private:
         if (!isShown) warn(title, "is shown by no scene");
 
         const auto report = [&](const std::string& object, const std::string& reason) {
-            mFindings.push_back({isShown, object, reason});
+            mReport.add(isShown, object, reason);
         };
         if (mesh.getNumSubmeshes() == 0) report(title, "has no submesh");
         if (!mesh.hasBoundingBox()) report(title, "has no bounding box");
@@ -279,34 +295,36 @@ private:
 
     const SceneFile& mFile;
     const y3d::Manager& mManager;
-    std::vector<Finding> mFindings;
+    Report mReport;
     std::set<const y3d::Mesh*> mShown; // by some scene
     std::size_t mNumCameras = 0;       // of the scene that is being checked
     std::size_t mNumLights = 0;
 };
 
-void print(const SceneFile& file, const std::vector<Finding>& findings, std::size_t numErrors)
+void print(const SceneFile& file, const Report& report)
 {
-    for (const Finding& finding : findings)
+    for (const Finding& finding : report.findings)
     {
         std::printf("%s: %s: %s\n", finding.isError ? "error" : "warning", finding.object.c_str(),
                     finding.reason.c_str());
     }
-    const std::string summary = findings.empty() ? "fine"
-                                                 : counted(numErrors, "error", "errors") + ", " +
-                                                       counted(findings.size() - numErrors, "warning", "warnings");
+    const std::size_t numOthers = report.numErrors + report.numWarnings - report.findings.size();
+    if (numOthers != 0) std::printf("%zu more are left out\n", numOthers);
+    const std::string summary = report.findings.empty() ? "fine"
+                                                        : counted(report.numErrors, "error", "errors") + ", " +
+                                                              counted(report.numWarnings, "warning", "warnings");
     std::printf("%s: %s\n", file.name.c_str(), summary.c_str());
 }
 
-void printJson(const SceneFile& file, const std::vector<Finding>& findings, std::size_t numErrors)
+void printJson(const SceneFile& file, const Report& report)
 {
     JsonWriter json;
     json.openObject();
     json.key("file").value(file.name);
-    json.key("errors").value(numErrors);
-    json.key("warnings").value(findings.size() - numErrors);
+    json.key("errors").value(report.numErrors);
+    json.key("warnings").value(report.numWarnings);
     json.key("findings").openArray();
-    for (const Finding& finding : findings)
+    for (const Finding& finding : report.findings)
     {
         json.openObject();
         json.key("severity").value(finding.isError ? "error" : "warning");
@@ -323,13 +341,10 @@ void printJson(const SceneFile& file, const std::vector<Finding>& findings, std:
 int runCheck(const Arguments& arguments)
 {
     const SceneFile file(arguments.files[0]);
-    const std::vector<Finding> findings = Check(file).run();
-    std::size_t numErrors = 0;
-    for (const Finding& finding : findings) numErrors += finding.isError;
-
+    const Report report = Check(file).run();
     if (arguments.has("--json"))
-        printJson(file, findings, numErrors);
+        printJson(file, report);
     else
-        print(file, findings, numErrors);
-    return numErrors != 0 ? STATUS_ERRORS : findings.empty() ? STATUS_FINE : STATUS_WARNINGS;
+        print(file, report);
+    return report.numErrors != 0 ? STATUS_ERRORS : report.numWarnings != 0 ? STATUS_WARNINGS : STATUS_FINE;
 }

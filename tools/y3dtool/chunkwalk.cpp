@@ -17,6 +17,7 @@ namespace
 {
 
 const std::size_t HEADER_SIZE = 6;
+const std::size_t MAX_LINES = 1000;
 
 // What a payload is made of: chunks, or `base` bytes followed by elements of `unit` bytes.
 struct Payload
@@ -155,12 +156,13 @@ public:
     std::vector<std::string> run()
     {
         Chunk main;
-        if (!next(HEADER_SIZE, mBytes.size(), &main)) return mLines;
+        if (!next(HEADER_SIZE, mBytes.size(), &main)) return {};
         tellCut(main, mBytes.size());
         walk(main, "main chunk", 1);
         const std::size_t behind = mBytes.size() - main.end;
         if (behind != 0)
             tell("%s at %zu lie behind the main chunk", counted(behind, "byte", "bytes").c_str(), main.end);
+        if (mNumOthers != 0) mLines.push_back(std::to_string(mNumOthers) + " more of such lines are left out");
         return mLines;
     }
 
@@ -279,6 +281,7 @@ private:
 
     const std::vector<unsigned char>& mBytes;
     std::vector<std::string> mLines;
+    std::size_t mNumOthers = 0;
 };
 
 } // namespace

@@ -38,7 +38,8 @@ const Command COMMANDS[] = {
     {"check",
      "[--json] FILE",
      "Tells what the player would refuse (errors) or ignore (warnings) in a scene file.\n"
-     "The exit status is 0 when all is fine, 1 with warnings and 2 with errors.\n"
+     "The exit status is 0 when all is fine, 1 with warnings and 2 with errors. Findings\n"
+     "behind the first thousand are only counted.\n"
      "\n"
      "  --json   print the findings as one JSON object\n",
      1,

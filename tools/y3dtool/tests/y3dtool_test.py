@@ -270,6 +270,13 @@ scene 'Scene': 4 nodes
                 self.assertEqual([report["errors"], report["warnings"]], numbers)
                 self.assertEqual([": ".join((f["severity"], f["object"], f["reason"])) for f in report["findings"]], findings)
 
+    def test_check_counts_what_it_does_not_tell(self):
+        status, output, _ = self.run_tool("check", "-", data=good(mesh(BOX, *[submesh(GEOMETRY, material="gold")] * 1500)))
+        self.assertEqual(status, 2)
+        lines = output.decode().splitlines()
+        self.assertEqual((len(lines), lines[-2], lines[-1]), (
+            1002, "500 more are left out", "standard input: 1500 errors, 0 warnings"))
+
     def test_copy(self):
         data = good(nodes=(MOVING, light()))
         copied = os.path.join(self.folder, "copy.y3d")
