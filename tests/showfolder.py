@@ -211,12 +211,18 @@ class Run:
 
     def focus(self):
         """Waits for the window and gives it the keyboard."""
-        search = ["timeout", str(PATIENCE), "xdotool", "search", "--sync", "--onlyvisible", "--name",
-                  "^%s$" % CAPTION]
-        subprocess.run(search + ["windowfocus", "--sync"], check=True, stdout=subprocess.DEVNULL)
-        geometry = subprocess.run(search + ["getwindowgeometry", "--shell"], check=True, text=True,
-                                  stdout=subprocess.PIPE).stdout
-        values = dict(line.split("=") for line in geometry.split())
+        # A window that is just coming or going makes xdotool fail.
+        limit = time.monotonic() + PATIENCE
+        while True:
+            found = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", "^%s$" % CAPTION,
+                                    "windowfocus", "--sync", "getwindowgeometry", "--shell"], text=True,
+                                   stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+            if found.returncode == 0 and "HEIGHT" in found.stdout:
+                break
+            if time.monotonic() > limit:
+                raise AssertionError("no window came up")
+            time.sleep(0.05)
+        values = dict(line.split("=") for line in found.stdout.split())
         self.middle = [int(values[p]) + int(values[s]) // 2 for p, s in (("X", "WIDTH"), ("Y", "HEIGHT"))]
 
     def colour(self):
