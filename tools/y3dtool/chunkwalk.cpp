@@ -169,6 +169,11 @@ public:
 private:
     template <class... Values> void tell(const char* format, Values... values)
     {
+        if (mLines.size() == MAX_LINES)
+        {
+            ++mNumOthers;
+            return;
+        }
         char line[512]; // a title may be long; it is cut
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"

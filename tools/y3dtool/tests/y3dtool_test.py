@@ -276,6 +276,8 @@ scene 'Scene': 4 nodes
         lines = output.decode().splitlines()
         self.assertEqual((len(lines), lines[-2], lines[-1]), (
             1002, "500 more are left out", "standard input: 1500 errors, 0 warnings"))
+        _, _, errors = self.run_tool("copy", "-", "-", data=good(more=chunk(0x9000) * 1500))
+        self.assertEqual((len(errors.splitlines()), errors.splitlines()[-1]), (1001, "y3d: 500 more of such lines are left out"))
 
     def test_copy(self):
         data = good(nodes=(MOVING, light()))
