@@ -50,6 +50,8 @@ TEST(XmlNode, detachGivesTheChildAway)
     EXPECT_EQ(childNames(node), "a c ");
     EXPECT_EQ(child->mParent, nullptr);
     EXPECT_EQ(messageOf([&] { node.detachChild(nullptr); }), "detachChild((nil)); No such child in 'n'");
+    node.setName(std::string(5000, 'n'));
+    EXPECT_EQ(messageOf([&] { node.detachChild(nullptr); }).size(), 2047u);
 }
 
 TEST(XmlNode, clearLeavesTheParentAndResetsTheTag)
@@ -57,12 +59,9 @@ TEST(XmlNode, clearLeavesTheParentAndResetsTheTag)
     XmlNode node(named("n"), nullptr);
     node.addChild(named("a"), -1).addChild(named("b"));
     const std::unique_ptr<XmlNode> child(node.getChildren(0));
-    child->setValue("x", "y");
     child->clear();
-    EXPECT_EQ(childNames(node), "");
-    EXPECT_EQ(child->mName + child->getValue("x"), "");
+    EXPECT_EQ(childNames(node) + childNames(*child) + child->mName, "");
     EXPECT_TRUE(child->mClosed);
-    EXPECT_EQ(child->getNumChildren(), 0);
 }
 
 TEST(Iterator, walksMatchesOnceAndThrowsAfterwards)
@@ -113,13 +112,10 @@ TEST(Iterator, addChildBuildsInCallOrderAheadOfWhatWasThere)
     EXPECT_EQ(childNames(*node.getChildren(0)), "a1 a2 ");
     EXPECT_EQ(it->mName, "b");
 
-    while (++it)
-    {
-    }
+    while (++it) continue;
     it.addChild(named("last"));
-    it.addChild(named("latest"));
-    EXPECT_EQ(childNames(node), "a b old last latest ");
-    EXPECT_EQ(it->mName, "latest");
-    delete node.getChildren(4); // an iterator whose child went away is behind the end
+    EXPECT_EQ(childNames(node), "a b old last ");
+    EXPECT_EQ(it->mName, "last");
+    delete node.getChildren(3); // an iterator whose child went away is behind the end
     EXPECT_NE(messageOf([&] { it->getValue("n"); }), "");
 }
