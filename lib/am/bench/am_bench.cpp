@@ -98,8 +98,7 @@ void decodeWithCodec(benchmark::State& state, AM::File (*makeInput)())
 {
     AM::File file = makeInput();
     AM::ImageManager manager;
-    for (auto _ : state)
-        benchmark::DoNotOptimize(manager.loadImage(file->filename, file, true)->getData());
+    for (auto _ : state) benchmark::DoNotOptimize(manager.loadImage(file->filename, file, true)->getData());
     setPixelRate(state);
 }
 
@@ -116,13 +115,11 @@ void decodeWithPng(benchmark::State& state)
         Cursor cursor = {file->data};
         png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
         png_infop info = png_create_info_struct(png);
-        png_set_read_fn(png, &cursor,
-                        [](png_structp reader, png_bytep data, png_size_t count)
-                        {
-                            Cursor& input = *static_cast<Cursor*>(png_get_io_ptr(reader));
-                            std::memcpy(data, input.next, count);
-                            input.next += count;
-                        });
+        png_set_read_fn(png, &cursor, [](png_structp reader, png_bytep data, png_size_t count) {
+            Cursor& input = *static_cast<Cursor*>(png_get_io_ptr(reader));
+            std::memcpy(data, input.next, count);
+            input.next += count;
+        });
         png_read_png(png, info, PNG_TRANSFORM_BGR, nullptr);
         std::unique_ptr<unsigned char[]> block(new unsigned char[width * height * 4]);
         for (int y = 0; y < height; ++y)
@@ -171,8 +168,7 @@ void encodeWithCodec(benchmark::State& state)
 {
     AM::ImageManager manager;
     AM::Image image = makeImage();
-    for (auto _ : state)
-        benchmark::DoNotOptimize(manager.encodeImage("bench.png", image)->data);
+    for (auto _ : state) benchmark::DoNotOptimize(manager.encodeImage("bench.png", image)->data);
     setPixelRate(state);
 }
 
@@ -185,8 +181,7 @@ void encodeWithPng(benchmark::State& state)
         png_infop info = png_create_info_struct(png);
         png_set_write_fn(
             png, &output,
-            [](png_structp writer, png_bytep data, png_size_t count)
-            {
+            [](png_structp writer, png_bytep data, png_size_t count) {
                 Bytes& target = *static_cast<Bytes*>(png_get_io_ptr(writer));
                 target.insert(target.end(), data, data + count);
             },
@@ -195,8 +190,7 @@ void encodeWithPng(benchmark::State& state)
                      PNG_FILTER_TYPE_DEFAULT);
         png_write_info(png, info);
         png_set_bgr(png);
-        for (int y = 0; y < height; ++y)
-            png_write_row(png, &pixels[static_cast<std::size_t>(y) * width * 4]);
+        for (int y = 0; y < height; ++y) png_write_row(png, &pixels[static_cast<std::size_t>(y) * width * 4]);
         png_write_end(png, info);
         png_destroy_write_struct(&png, &info);
         benchmark::DoNotOptimize(output.data());
@@ -232,8 +226,7 @@ void readArchive(benchmark::State& state, const char* prefix, const char* name)
     Folder folder;
     AM::ArchiveManager archive;
     archive.addArchive(prefix + folder.path + name);
-    for (auto _ : state)
-        benchmark::DoNotOptimize(archive.readFile("pixels", -1)->data);
+    for (auto _ : state) benchmark::DoNotOptimize(archive.readFile("pixels", -1)->data);
     setPixelRate(state);
 }
 
@@ -245,6 +238,6 @@ BENCHMARK_CAPTURE(decodeWithCodec, jpeg, makeJpegFile)->Unit(benchmark::kMillise
 BENCHMARK(decodeWithJpeg)->Unit(benchmark::kMillisecond);
 BENCHMARK(encodeWithCodec)->Unit(benchmark::kMillisecond);
 BENCHMARK(encodeWithPng)->Unit(benchmark::kMillisecond);
-}
+} // namespace
 
 BENCHMARK_MAIN();

@@ -16,8 +16,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     AM::ImageCodec& codec = size > 0 && data[0] & 1 ? static_cast<AM::ImageCodec&>(png) : jpeg;
     try
     {
-        if (size > 0)
-            codec.decodeImage(data + 1, size - 1, image);
+        if (size > 0) codec.decodeImage(data + 1, size - 1, image);
     }
     catch (const AM::Exception&)
     {

@@ -47,4 +47,4 @@ public:
     std::vector<ArchiveBase*> mArchives; // owned; the order of search
     ImageManager* mImageManager;         // owned
 };
-}
+} // namespace AM

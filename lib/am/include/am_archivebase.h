@@ -23,4 +23,4 @@ public:
 
     virtual void flush() {}
 };
-}
+} // namespace AM

@@ -20,4 +20,4 @@ public:
 
     std::string mPath;
 };
-}
+} // namespace AM

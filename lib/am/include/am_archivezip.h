@@ -27,4 +27,4 @@ private:
 
     unsigned long long mZipLength = 0; // bytes of the zip file on disk, the limit of what its entries can claim
 };
-}
+} // namespace AM

@@ -6,4 +6,4 @@ namespace AM
 {
 // What all failures of the asset library are thrown as.
 GR_DECLARE_EXCEPTION(Exception, 2048);
-}
+} // namespace AM

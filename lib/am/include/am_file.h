@@ -21,4 +21,4 @@ struct FileStructure
 
 // The type in which every file travels. A null File means that the file was not found.
 typedef TSmartPtr<FileStructure, TRefCount<FileStructure>> File;
-}
+} // namespace AM

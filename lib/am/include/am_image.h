@@ -50,7 +50,7 @@ public:
     void setData(int width, int height, unsigned char* data);
 
     std::string mId;
-    ImageManager* mLoader;               // not owned; null for an image that belongs to its users alone
+    ImageManager* mLoader; // not owned; null for an image that belongs to its users alone
     int mImageWidth = 0;
     int mImageHeight = 0;
     unsigned char* mImageData = nullptr; // owned, from array new
@@ -95,4 +95,4 @@ public:
 
     ImageRefCounter* mObjectRef = nullptr; // shared; null for a null image
 };
-}
+} // namespace AM

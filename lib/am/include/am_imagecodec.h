@@ -24,4 +24,4 @@ public:
 
     virtual bool canWrite() const { return false; }
 };
-}
+} // namespace AM

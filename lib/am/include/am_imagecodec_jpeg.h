@@ -11,4 +11,4 @@ public:
     void decodeImage(const unsigned char* pBuf, std::size_t length, ImageObject& image) override;
     std::string getFormatString() const override;
 };
-}
+} // namespace AM

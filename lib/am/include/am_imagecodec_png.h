@@ -16,4 +16,4 @@ public:
     std::string getFormatString() const override;
     bool canWrite() const override;
 };
-}
+} // namespace AM

@@ -45,4 +45,4 @@ private:
     void addCodec(ImageCodec* codec);
     void empty();
 };
-}
+} // namespace AM

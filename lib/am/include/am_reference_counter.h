@@ -4,8 +4,7 @@ namespace AM
 {
 // Counts the references to one object and destroys the object with the last of them. Plain integers: every handle of
 // an object stays on one thread.
-template <class T>
-class TRefCount
+template <class T> class TRefCount
 {
 public:
     void addRef(T*) { ++mRefCount; }
@@ -25,4 +24,4 @@ public:
 
     unsigned long mRefCount = 0;
 };
-}
+} // namespace AM

@@ -9,8 +9,7 @@ namespace AM
 {
 // A shared pointer whose count lives beside the object, in a record that all copies share; the null pointer has no
 // record. It is one word wide and converts to the raw pointer.
-template <class T, class Counter = TRefCount<T>>
-class TSmartPtr
+template <class T, class Counter = TRefCount<T>> class TSmartPtr
 {
 public:
     // What the handles of one object share.
@@ -20,17 +19,9 @@ public:
         Counter mCounter;
     };
 
-    TSmartPtr(T* pObject = nullptr)
-        : mObjectRef(nullptr)
-    {
-        attach(pObject);
-    }
+    TSmartPtr(T* pObject = nullptr) : mObjectRef(nullptr) { attach(pObject); }
 
-    TSmartPtr(const TSmartPtr& pOther)
-        : mObjectRef(nullptr)
-    {
-        share(pOther.mObjectRef);
-    }
+    TSmartPtr(const TSmartPtr& pOther) : mObjectRef(nullptr) { share(pOther.mObjectRef); }
 
     ~TSmartPtr() { release(); }
 
@@ -47,8 +38,7 @@ public:
     // Takes ownership of pObject. Assigning the object that is held already changes nothing.
     TSmartPtr& operator=(const T* pObject)
     {
-        if (isNull() || pObject != mObjectRef->mObject)
-            attach(pObject);
+        if (isNull() || pObject != mObjectRef->mObject) attach(pObject);
         return *this;
     }
 
@@ -56,8 +46,7 @@ public:
     void attach(const T* pObject)
     {
         release();
-        if (!pObject)
-            return;
+        if (!pObject) return;
         T* object = const_cast<T*>(pObject);
         try
         {
@@ -75,8 +64,7 @@ public:
     {
         PtrRef* reference = mObjectRef;
         mObjectRef = nullptr;
-        if (reference && reference->mCounter.release(reference->mObject) == 0)
-            delete reference;
+        if (reference && reference->mCounter.release(reference->mObject) == 0) delete reference;
     }
 
     bool isNull() const { return !mObjectRef; }
@@ -105,8 +93,7 @@ public:
     operator T*() const { return getObject(); }
     operator unsigned long() const { return mObjectID; }
 
-    union
-    {
+    union {
         PtrRef* mObjectRef;      // null for the null pointer
         unsigned long mObjectID; // the same word as a number
     };
@@ -115,10 +102,9 @@ private:
     void share(PtrRef* reference)
     {
         mObjectRef = reference;
-        if (reference)
-            reference->mCounter.addRef(reference->mObject);
+        if (reference) reference->mCounter.addRef(reference->mObject);
     }
 
     static_assert(sizeof(PtrRef*) == sizeof(unsigned long), "the number must hold the pointer");
 };
-}
+} // namespace AM

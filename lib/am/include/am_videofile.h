@@ -42,4 +42,4 @@ public:
     static VideoFile* createForRead(const unsigned char* buffer, int bufferLength);
     static VideoFile* createForWrite(const std::string& filename, const Format& format, ArchiveManager* archive);
 };
-}
+} // namespace AM

@@ -29,9 +29,9 @@ public:
 
     ArchiveManager* mArchive = nullptr; // not owned
     Format mFormat;
-    int mFrameNumber = 0;               // of the next frame
-    std::string mFilename;              // up to the last dot, without it
-    std::string mExtension;             // behind the last dot
-    Image mImage;                       // what each frame writes
+    int mFrameNumber = 0;   // of the next frame
+    std::string mFilename;  // up to the last dot, without it
+    std::string mExtension; // behind the last dot
+    Image mImage;           // what each frame writes
 };
-}
+} // namespace AM

@@ -30,8 +30,7 @@ std::string takeProtocol(std::string& path)
             path.erase(0, j + 3);
             return protocol;
         }
-        if (isSeparator(path[j]))
-            break;
+        if (isSeparator(path[j])) break;
     }
     return std::string();
 }
@@ -40,37 +39,30 @@ std::string takeProtocol(std::string& path)
 std::string getExtension(const std::string& path)
 {
     for (std::size_t i = path.size(); i > 0 && !isSeparator(path[i - 1]); --i)
-        if (path[i - 1] == '.')
-            return path.substr(i);
+        if (path[i - 1] == '.') return path.substr(i);
     return std::string();
 }
-}
+} // namespace
 
-ArchiveManager::ArchiveManager()
-    : mImageManager(new ImageManager)
-{
-}
+ArchiveManager::ArchiveManager() : mImageManager(new ImageManager) {}
 
 ArchiveManager::~ArchiveManager()
 {
-    for (ArchiveBase* archive : mArchives)
-        delete archive;
+    for (ArchiveBase* archive : mArchives) delete archive;
     mArchives.clear();
     delete mImageManager;
 }
 
 int ArchiveManager::addArchive(const std::string& pFilename)
 {
-    if (pFilename.empty())
-        return -1;
+    if (pFilename.empty()) return -1;
 
     std::string noFilter = pFilename;
     const std::string protocol = takeProtocol(noFilter);
     std::string extension = protocol.empty() ? getExtension(noFilter) : protocol;
     std::transform(extension.begin(), extension.end(), extension.begin(),
                    [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
-    if (!extension.empty() && extension != "zip")
-        return -1;
+    if (!extension.empty() && extension != "zip") return -1;
 
     mArchives.push_back(nullptr);
     try
@@ -94,14 +86,12 @@ File ArchiveManager::readFile(const std::string& pFilename, int pArchiveID)
     if (pArchiveID >= 0)
     {
         File file = mArchives[static_cast<std::size_t>(pArchiveID)]->read(pFilename);
-        if (!file.isNull())
-            return file;
+        if (!file.isNull()) return file;
     }
     for (ArchiveBase* archive : mArchives)
     {
         File file = archive->read(pFilename);
-        if (!file.isNull())
-            return file;
+        if (!file.isNull()) return file;
     }
     DEBUG_STRING("AM::readFile, not in any archive: %s\n", pFilename.c_str());
     return File();
@@ -109,8 +99,7 @@ File ArchiveManager::readFile(const std::string& pFilename, int pArchiveID)
 
 bool ArchiveManager::writeFile(File pFile, int pArchiveID)
 {
-    if (pArchiveID == -1 && mArchives.empty())
-        return false;
+    if (pArchiveID == -1 && mArchives.empty()) return false;
     const int index = pArchiveID == -1 ? 0 : pArchiveID;
     assert(index >= 0 && index < static_cast<int>(mArchives.size()));
     return mArchives[static_cast<std::size_t>(index)]->write(pFile);
@@ -124,15 +113,13 @@ void ArchiveManager::flush(int pArchiveID)
         mArchives[static_cast<std::size_t>(pArchiveID)]->flush();
         return;
     }
-    for (ArchiveBase* archive : mArchives)
-        archive->flush();
+    for (ArchiveBase* archive : mArchives) archive->flush();
 }
 
 Image ArchiveManager::loadImage(const std::string& pFileId, int pArchiveID, bool uniqueAccess)
 {
     File file = readFile(pFileId, pArchiveID);
-    if (file.isNull())
-        throw Exception("AM::loadImage, File not found (%s)", pFileId.c_str());
+    if (file.isNull()) throw Exception("AM::loadImage, File not found (%s)", pFileId.c_str());
     return mImageManager->loadImage(pFileId, file, uniqueAccess);
 }
 
@@ -141,4 +128,4 @@ bool ArchiveManager::writeImage(const std::string& filename, Image& image)
     File file = mImageManager->encodeImage(filename, image);
     return !file.isNull() && writeFile(file, -1);
 }
-}
+} // namespace AM

@@ -24,24 +24,18 @@ bool isRegularFile(const std::string& path)
     struct stat status;
     return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
 }
-}
+} // namespace
 
-ArchiveDirectory::ArchiveDirectory(const std::string& pPath)
-    : mPath(pPath)
-{
-}
+ArchiveDirectory::ArchiveDirectory(const std::string& pPath) : mPath(pPath) {}
 
 File ArchiveDirectory::read(const std::string& pFilename)
 {
     const std::string path = mPath + pFilename;
-    if (!isRegularFile(path))
-        return File();
+    if (!isRegularFile(path)) return File();
     std::unique_ptr<std::FILE, FileCloser> input(std::fopen(path.c_str(), "rb"));
-    if (!input || std::fseek(input.get(), 0, SEEK_END) != 0)
-        return File();
+    if (!input || std::fseek(input.get(), 0, SEEK_END) != 0) return File();
     const long length = std::ftell(input.get());
-    if (length < 0 || std::fseek(input.get(), 0, SEEK_SET) != 0)
-        return File();
+    if (length < 0 || std::fseek(input.get(), 0, SEEK_SET) != 0) return File();
     if (length > maxFileLength)
         throw Exception("AM::ArchiveDirectory::read, File too long (%s, %ld bytes)", path.c_str(), length);
 
@@ -60,11 +54,10 @@ File ArchiveDirectory::read(const std::string& pFilename)
 bool ArchiveDirectory::write(File pFile)
 {
     std::FILE* output = std::fopen((mPath + pFile->filename).c_str(), "wb");
-    if (!output)
-        return false;
+    if (!output) return false;
     const std::size_t length = static_cast<std::size_t>(pFile->length);
     const bool complete = length == 0 || std::fwrite(pFile->data, 1, length, output) == length;
     // The last bytes reach the disk here: a full one shows only now.
     return std::fclose(output) == 0 && complete;
 }
-}
+} // namespace AM

@@ -23,44 +23,36 @@ const unsigned long long ratioSlack = 1024;
 std::size_t getPrefixLength(const std::string& name)
 {
     std::size_t removeFirst = 0;
-    if (!name.empty() && name[0] == '.')
-        removeFirst = 1;
-    if (name.size() > 1 && (name[removeFirst] == '/' || name[removeFirst] == '\\'))
-        ++removeFirst;
+    if (!name.empty() && name[0] == '.') removeFirst = 1;
+    if (name.size() > 1 && (name[removeFirst] == '/' || name[removeFirst] == '\\')) ++removeFirst;
     return removeFirst;
 }
-}
+} // namespace
 
-ArchiveZIP::ArchiveZIP(const std::string& pFilename)
-    : mZipfile(unzOpen(pFilename.c_str()))
+ArchiveZIP::ArchiveZIP(const std::string& pFilename) : mZipfile(unzOpen(pFilename.c_str()))
 {
     std::error_code error;
     const std::uintmax_t length = std::filesystem::file_size(pFilename, error);
-    if (!error)
-        mZipLength = length;
+    if (!error) mZipLength = length;
 }
 
 ArchiveZIP::~ArchiveZIP()
 {
-    if (mZipfile)
-        unzClose(mZipfile);
+    if (mZipfile) unzClose(mZipfile);
 }
 
 File ArchiveZIP::read(const std::string& pFilename)
 {
-    if (!mZipfile)
-        return File();
+    if (!mZipfile) return File();
     const std::string name = pFilename.substr(getPrefixLength(pFilename));
     if (name.empty() || name.back() == '/') // an entry for a folder
         return File();
-    if (unzLocateFile(mZipfile, name.c_str(), 0) != UNZ_OK)
-        return File();
+    if (unzLocateFile(mZipfile, name.c_str(), 0) != UNZ_OK) return File();
     unz_file_info info;
     char entryName[512];
     if (unzGetCurrentFileInfo(mZipfile, &info, entryName, sizeof entryName, nullptr, 0, nullptr, 0) != UNZ_OK)
         return File();
-    if (unzOpenCurrentFilePassword(mZipfile, nullptr) != UNZ_OK)
-        return File();
+    if (unzOpenCurrentFilePassword(mZipfile, nullptr) != UNZ_OK) return File();
 
     File file = new FileStructure;
     file->filename = pFilename;
@@ -77,18 +69,15 @@ bool ArchiveZIP::readCurrentFile(FileStructure& file, unsigned long compressedSi
         size > static_cast<unsigned long>(maxFileLength))
         return false;
     file.data = new (std::nothrow) unsigned char[size];
-    if (!file.data)
-        return false;
+    if (!file.data) return false;
     file.length = static_cast<long>(size);
 
     unsigned long left = size;
     while (left > 0)
     {
         const int count = unzReadCurrentFile(mZipfile, file.data + (size - left), static_cast<unsigned>(left));
-        if (count < 0)
-            return false;
-        if (count == 0)
-            break;
+        if (count < 0) return false;
+        if (count == 0) break;
         left -= static_cast<unsigned long>(count);
     }
     // An entry that ends early keeps its length; what is missing reads as zeros.
@@ -100,4 +89,4 @@ bool ArchiveZIP::write(File)
 {
     return false;
 }
-}
+} // namespace AM

@@ -20,24 +20,20 @@ ImageObject::~ImageObject()
 
 unsigned char* ImageObject::getWriteData()
 {
-    if (mLoader)
-        throw Exception("ImageObbject::getWriteData, Access not allowed!");
+    if (mLoader) throw Exception("ImageObbject::getWriteData, Access not allowed!");
     return mImageData;
 }
 
 void ImageObject::resize(int width, int height)
 {
     setData(0, 0, nullptr);
-    if (width < 0 || height < 0)
-        throw Exception("ImageObject::resize, Bad size (%dx%d)", width, height);
+    if (width < 0 || height < 0) throw Exception("ImageObject::resize, Bad size (%dx%d)", width, height);
     const std::size_t pixels = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
     unsigned char* data = nullptr;
     if (pixels > 0)
     {
-        if (pixels <= maxImagePixels)
-            data = new (std::nothrow) unsigned char[pixels * sizeof(BGRA)];
-        if (!data)
-            throw Exception("ImageObject::resize, Not enough memory (%dx%d)", width, height);
+        if (pixels <= maxImagePixels) data = new (std::nothrow) unsigned char[pixels * sizeof(BGRA)];
+        if (!data) throw Exception("ImageObject::resize, Not enough memory (%dx%d)", width, height);
     }
     setData(width, height, data);
 }
@@ -52,10 +48,7 @@ void ImageObject::setData(int width, int height, unsigned char* data)
     mImageHeight = height;
 }
 
-ImageRefCounter::ImageRefCounter(ImageObject* object)
-    : mObject(object)
-{
-}
+ImageRefCounter::ImageRefCounter(ImageObject* object) : mObject(object) {}
 
 int ImageRefCounter::addRef(ImageObject*)
 {
@@ -69,10 +62,8 @@ int ImageRefCounter::getRef(ImageObject*) const
 
 int ImageRefCounter::decRef(ImageObject*)
 {
-    if (mRef > 0)
-        --mRef;
-    if (!mObject)
-        return 0;
+    if (mRef > 0) --mRef;
+    if (!mObject) return 0;
     if (mObject->getManager() && mRef == 1)
     {
         // Drops the cache's own reference, and with it the object and this counter. The name must outlive both.
@@ -80,8 +71,7 @@ int ImageRefCounter::decRef(ImageObject*)
         mObject->getManager()->removeImage(id);
         return 0;
     }
-    if (mRef != 0)
-        return mRef;
+    if (mRef != 0) return mRef;
     delete mObject;
     delete this;
     return 0;
@@ -92,21 +82,17 @@ Image::Image(ImageObject* object)
     assign(object);
 }
 
-Image::Image(const Image& other)
-    : mObjectRef(other.mObjectRef)
+Image::Image(const Image& other) : mObjectRef(other.mObjectRef)
 {
-    if (mObjectRef)
-        mObjectRef->addRef(nullptr);
+    if (mObjectRef) mObjectRef->addRef(nullptr);
 }
 
 Image& Image::operator=(const Image& other)
 {
-    if (mObjectRef == other.mObjectRef)
-        return *this;
+    if (mObjectRef == other.mObjectRef) return *this;
     // The reference is taken first: releasing may destroy what `other` lies in.
     ImageRefCounter* counter = other.mObjectRef;
-    if (counter)
-        counter->addRef(nullptr);
+    if (counter) counter->addRef(nullptr);
     release();
     mObjectRef = counter;
     return *this;
@@ -125,11 +111,9 @@ Image::~Image()
 
 void Image::assign(ImageObject* object)
 {
-    if (object && mObjectRef && mObjectRef->mObject == object)
-        return;
+    if (object && mObjectRef && mObjectRef->mObject == object) return;
     release();
-    if (!object)
-        return;
+    if (!object) return;
     try
     {
         mObjectRef = new ImageRefCounter(object);
@@ -144,8 +128,7 @@ void Image::assign(ImageObject* object)
 
 void Image::release()
 {
-    if (!mObjectRef)
-        return;
+    if (!mObjectRef) return;
     ImageRefCounter* counter = mObjectRef;
     mObjectRef = nullptr;
     counter->decRef(nullptr);
@@ -153,15 +136,13 @@ void Image::release()
 
 ImageObject* Image::operator->() const
 {
-    if (!mObjectRef)
-        throw Exception("Image::operator->() - Attempt to dereference (NULL)ImageObject!");
+    if (!mObjectRef) throw Exception("Image::operator->() - Attempt to dereference (NULL)ImageObject!");
     return mObjectRef->mObject;
 }
 
 ImageObject& Image::operator*() const
 {
-    if (!mObjectRef)
-        throw Exception("Image::operator*() Attempt to dereference (NULL)ImageObject!");
+    if (!mObjectRef) throw Exception("Image::operator*() Attempt to dereference (NULL)ImageObject!");
     return *mObjectRef->mObject;
 }
-}
+} // namespace AM

@@ -79,15 +79,12 @@ void errorExit(j_common_ptr cinfo)
 void monitorProgress(j_common_ptr cinfo)
 {
     MySourceMgr& source = getSource(cinfo);
-    if (source.cinfo.input_scan_number <= maxScans)
-        return;
+    if (source.cinfo.input_scan_number <= maxScans) return;
     std::snprintf(source.message, sizeof source.message, "More than %d scans", maxScans);
     leaveLibrary(cinfo);
 }
 
-void doNothing(j_decompress_ptr)
-{
-}
+void doNothing(j_decompress_ptr) {}
 
 // The whole file was there from the start, so it has ended early. libjpeg's own sources warn in this case and go on
 // with an end marker.
@@ -103,8 +100,7 @@ boolean fillInputBuffer(j_decompress_ptr cinfo)
 void skipInputData(j_decompress_ptr cinfo, long count)
 {
     jpeg_source_mgr& source = *cinfo->src;
-    if (count <= 0)
-        return;
+    if (count <= 0) return;
     const std::size_t left = source.bytes_in_buffer;
     const std::size_t skipped = static_cast<std::size_t>(count) < left ? static_cast<std::size_t>(count) : left;
     source.next_input_byte += skipped;
@@ -132,8 +128,7 @@ MySourceMgr::MySourceMgr(const unsigned char* data, std::size_t length, jpeg_dec
 
 bool MySourceMgr::readHeader()
 {
-    if (setjmp(leave))
-        return false;
+    if (setjmp(leave)) return false;
     jpeg_CreateDecompress(&cinfo, JPEG_LIB_VERSION, sizeof cinfo);
     cinfo.src = this;
     cinfo.progress = &progress;
@@ -145,8 +140,7 @@ bool MySourceMgr::readHeader()
 
 bool MySourceMgr::readRows(unsigned char* block)
 {
-    if (setjmp(leave))
-        return false;
+    if (setjmp(leave)) return false;
     jpeg_start_decompress(&cinfo);
     const std::size_t stride = static_cast<std::size_t>(cinfo.output_width) * 3;
     while (cinfo.output_scanline < cinfo.output_height)
@@ -157,15 +151,14 @@ bool MySourceMgr::readRows(unsigned char* block)
     jpeg_finish_decompress(&cinfo);
     return true;
 }
-}
+} // namespace
 
 void ImageCodecJPEG::decodeImage(const unsigned char* pBuf, std::size_t length, ImageObject& image)
 {
     image.setData(0, 0, nullptr);
     jpeg_decompress_struct cinfo = {};
     MySourceMgr source(pBuf, length, cinfo);
-    if (!source.readHeader())
-        throw Exception("Internal jpeglib error; %s", source.message);
+    if (!source.readHeader()) throw Exception("Internal jpeglib error; %s", source.message);
 
     const unsigned width = cinfo.image_width;
     const unsigned height = cinfo.image_height;
@@ -173,20 +166,17 @@ void ImageCodecJPEG::decodeImage(const unsigned char* pBuf, std::size_t length, 
     std::unique_ptr<unsigned char[]> block;
     if (pixels <= maxImagePixels && (pixels <= moderateSize || pixels / maxPixelsPerByte <= length))
         block.reset(new (std::nothrow) unsigned char[pixels * 3]);
-    if (!block)
-        throw Exception("Internal jpeglib error; Picture too large (%ux%u)", width, height);
-    if (!source.readRows(block.get()))
-        throw Exception("Internal jpeglib error; %s", source.message);
+    if (!block) throw Exception("Internal jpeglib error; Picture too large (%ux%u)", width, height);
+    if (!source.readRows(block.get())) throw Exception("Internal jpeglib error; %s", source.message);
 
     image.resize(static_cast<int>(width), static_cast<int>(height));
     const unsigned char* color = block.get();
     BGRA* target = reinterpret_cast<BGRA*>(image.mImageData);
-    for (std::size_t i = 0; i < pixels; ++i, color += 3)
-        target[i] = {color[2], color[1], color[0], 255};
+    for (std::size_t i = 0; i < pixels; ++i, color += 3) target[i] = {color[2], color[1], color[0], 255};
 }
 
 std::string ImageCodecJPEG::getFormatString() const
 {
     return "jpg";
 }
-}
+} // namespace AM

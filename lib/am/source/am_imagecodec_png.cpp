@@ -41,8 +41,7 @@ struct RGBA
 void pngReadData(png_structp png, png_bytep data, png_size_t count)
 {
     ReadBuffer& input = *static_cast<ReadBuffer*>(png_get_io_ptr(png));
-    if (count > input.length - input.tell)
-        png_error(png, "file ends early");
+    if (count > input.length - input.tell) png_error(png, "file ends early");
     std::memcpy(data, input.buffer + input.tell, count);
     input.tell += count;
 }
@@ -62,13 +61,10 @@ bool append(WriteBuffer& output, const unsigned char* data, std::size_t count)
 
 void pngWriteData(png_structp png, png_bytep data, png_size_t count)
 {
-    if (!append(*static_cast<WriteBuffer*>(png_get_io_ptr(png)), data, count))
-        png_error(png, "not enough memory");
+    if (!append(*static_cast<WriteBuffer*>(png_get_io_ptr(png)), data, count)) png_error(png, "not enough memory");
 }
 
-void pngWriteFlush(png_structp)
-{
-}
+void pngWriteFlush(png_structp) {}
 
 // Nothing is printed: the caller throws or returns false.
 [[noreturn]] void pngError(png_structp png, png_const_charp)
@@ -76,9 +72,7 @@ void pngWriteFlush(png_structp)
     png_longjmp(png, 1);
 }
 
-void pngWarning(png_structp, png_const_charp)
-{
-}
+void pngWarning(png_structp, png_const_charp) {}
 
 // libpng's two structures, destroyed with the object.
 struct PngReader
@@ -91,8 +85,7 @@ struct PngReader
     // Reads the whole file, rows as they are stored. False after any error of libpng.
     bool read(ReadBuffer& input)
     {
-        if (setjmp(png_jmpbuf(png)))
-            return false;
+        if (setjmp(png_jmpbuf(png))) return false;
         png_set_read_fn(png, &input, pngReadData);
         png_set_sig_bytes(png, signatureLength);
         // Nobody asks for texts, colour profiles and the like, and libpng would believe whatever length they claim.
@@ -114,8 +107,7 @@ struct PngWriter
 
     bool write(WriteBuffer& output, int width, int height, png_bytepp rows)
     {
-        if (setjmp(png_jmpbuf(png)))
-            return false;
+        if (setjmp(png_jmpbuf(png))) return false;
         png_set_write_fn(png, &output, pngWriteData, pngWriteFlush);
         png_set_IHDR(png, info, static_cast<png_uint_32>(width), static_cast<png_uint_32>(height), 8,
                      PNG_COLOR_TYPE_RGBA, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
@@ -139,12 +131,10 @@ unsigned long long readBigEndian(const unsigned char* bytes)
 // bytes out of one. A file without a proper header is left to libpng.
 bool hasPlausibleSize(const unsigned char* file, std::size_t length)
 {
-    if (length < 26 || std::memcmp(file + 12, "IHDR", 4) != 0)
-        return true;
+    if (length < 26 || std::memcmp(file + 12, "IHDR", 4) != 0) return true;
     const unsigned long long width = readBigEndian(file + 16);
     const unsigned long long height = readBigEndian(file + 20);
-    if (width > maxImagePixels || height > maxImagePixels || width * height > maxImagePixels)
-        return false;
+    if (width > maxImagePixels || height > maxImagePixels || width * height > maxImagePixels) return false;
     static const unsigned channelsOfType[8] = {1, 1, 3, 1, 2, 1, 4, 1};
     const unsigned long long rowBits = width * channelsOfType[file[25] & 7] * file[24];
     return rowBits / 8 * height / 1032 <= length;
@@ -154,19 +144,15 @@ bool hasPlausibleSize(const unsigned char* file, std::size_t length)
 void convertRow(const unsigned char* source, int channels, int width, BGRA* target)
 {
     if (channels == 4)
-        for (int x = 0; x < width; ++x, source += 4)
-            target[x] = {source[2], source[1], source[0], source[3]};
+        for (int x = 0; x < width; ++x, source += 4) target[x] = {source[2], source[1], source[0], source[3]};
     else
-        for (int x = 0; x < width; ++x, source += 3)
-            target[x] = {source[2], source[1], source[0], 255};
+        for (int x = 0; x < width; ++x, source += 3) target[x] = {source[2], source[1], source[0], 255};
 }
 
 int getChannels(int colorType, int depth)
 {
-    if (colorType == PNG_COLOR_TYPE_RGB && depth == 8)
-        return 3;
-    if (colorType == PNG_COLOR_TYPE_RGBA && depth == 8)
-        return 4;
+    if (colorType == PNG_COLOR_TYPE_RGB && depth == 8) return 3;
+    if (colorType == PNG_COLOR_TYPE_RGBA && depth == 8) return 4;
     if (colorType == PNG_COLOR_TYPE_GRAY && depth == 8)
         throw Exception("[AM::loadPNG] No support for grayscale images yet");
     throw Exception("[AM::loadPNG] Bad color format of image (type %d, %d bits per channel)", colorType, depth);
@@ -177,11 +163,10 @@ std::vector<RGBA> swapColors(const ImageObject& image)
     const std::size_t pixels = static_cast<std::size_t>(image.getWidth()) * static_cast<std::size_t>(image.getHeight());
     std::vector<RGBA> colors(pixels);
     const unsigned char* source = image.getData();
-    for (std::size_t i = 0; i < pixels; ++i, source += 4)
-        colors[i] = {source[2], source[1], source[0], source[3]};
+    for (std::size_t i = 0; i < pixels; ++i, source += 4) colors[i] = {source[2], source[1], source[0], source[3]};
     return colors;
 }
-}
+} // namespace
 
 void ImageCodecPNG::decodeImage(const unsigned char* pBuf, std::size_t length, ImageObject& image)
 {
@@ -191,35 +176,31 @@ void ImageCodecPNG::decodeImage(const unsigned char* pBuf, std::size_t length, I
 
     ReadBuffer input = {pBuf, length, signatureLength};
     PngReader reader;
-    if (!reader.png)
-        throw Exception("[AM::loadPNG] Could not setup libpng (pngstruct)!");
-    if (!reader.info)
-        throw Exception("[AM::loadPNG] Could not setup libpng (pnginfo)!");
+    if (!reader.png) throw Exception("[AM::loadPNG] Could not setup libpng (pngstruct)!");
+    if (!reader.info) throw Exception("[AM::loadPNG] Could not setup libpng (pnginfo)!");
     if (!hasPlausibleSize(pBuf, length) || !reader.read(input))
         throw Exception("[AM::loadPNG] Error when decoding png-file!");
 
     const int width = static_cast<int>(png_get_image_width(reader.png, reader.info));
     const int height = static_cast<int>(png_get_image_height(reader.png, reader.info));
-    const int channels = getChannels(png_get_color_type(reader.png, reader.info),
-                                     png_get_bit_depth(reader.png, reader.info));
+    const int channels =
+        getChannels(png_get_color_type(reader.png, reader.info), png_get_bit_depth(reader.png, reader.info));
 
     const std::size_t stride = static_cast<std::size_t>(width) * sizeof(BGRA);
     std::unique_ptr<unsigned char[]> block(new (std::nothrow) unsigned char[stride * static_cast<std::size_t>(height)]);
-    if (!block)
-        throw Exception("[AM::loadPNG] Error when decoding png-file!");
+    if (!block) throw Exception("[AM::loadPNG] Error when decoding png-file!");
     const png_bytepp rows = png_get_rows(reader.png, reader.info);
     for (int y = 0; y < height; ++y)
-        convertRow(rows[y], channels, width, reinterpret_cast<BGRA*>(block.get() + static_cast<std::size_t>(y) * stride));
+        convertRow(rows[y], channels, width,
+                   reinterpret_cast<BGRA*>(block.get() + static_cast<std::size_t>(y) * stride));
     image.setData(width, height, block.release());
 }
 
 bool ImageCodecPNG::encodeImage(unsigned char** pBuf, std::size_t* length, ImageObject& image)
 {
-    if (!image.getWriteData())
-        return false;
+    if (!image.getWriteData()) return false;
     PngWriter writer;
-    if (!writer.png || !writer.info)
-        return false;
+    if (!writer.png || !writer.info) return false;
     try
     {
         std::vector<RGBA> colors = swapColors(image);
@@ -227,8 +208,7 @@ bool ImageCodecPNG::encodeImage(unsigned char** pBuf, std::size_t* length, Image
         for (int y = 0; y < image.getHeight(); ++y)
             rows.push_back(&colors[static_cast<std::size_t>(y) * static_cast<std::size_t>(image.getWidth())].r);
         WriteBuffer output;
-        if (!writer.write(output, image.getWidth(), image.getHeight(), rows.data()))
-            return false;
+        if (!writer.write(output, image.getWidth(), image.getHeight(), rows.data())) return false;
         *pBuf = new unsigned char[output.buffer.size()];
         *length = output.buffer.size();
         std::memcpy(*pBuf, output.buffer.data(), output.buffer.size());
@@ -249,4 +229,4 @@ bool ImageCodecPNG::canWrite() const
 {
     return true;
 }
-}
+} // namespace AM

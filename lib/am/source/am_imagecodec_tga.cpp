@@ -13,4 +13,4 @@ std::string ImageCodecTGA::getFormatString() const
 {
     return "tga";
 }
-}
+} // namespace AM

@@ -20,8 +20,7 @@ ImageManager::ImageManager()
 
 ImageManager::~ImageManager()
 {
-    for (const auto& entry : mImageCodecs)
-        delete entry.second;
+    for (const auto& entry : mImageCodecs) delete entry.second;
     mImageCodecs.clear();
     empty();
 }
@@ -36,21 +35,17 @@ Image ImageManager::loadImage(const std::string& fileId, File fileData, bool uni
     if (!uniqueAccess)
     {
         Image cached = getImage(fileId);
-        if (!cached.isNull())
-            return cached;
+        if (!cached.isNull()) return cached;
     }
 
     std::unique_ptr<ImageObject> object(new ImageObject(0, 0, nullptr, uniqueAccess ? nullptr : this, fileId));
     ImageCodec* codec = getCodec(getExtension(fileId));
-    if (!codec)
-        throw Exception("AM::ImageManager::loadImage, No decoder found for %s", fileId.c_str());
-    if (fileData.isNull())
-        throw Exception("AM::loadImage, File not found (%s)", fileId.c_str());
+    if (!codec) throw Exception("AM::ImageManager::loadImage, No decoder found for %s", fileId.c_str());
+    if (fileData.isNull()) throw Exception("AM::loadImage, File not found (%s)", fileId.c_str());
     codec->decodeImage(fileData->data, static_cast<std::size_t>(fileData->length), *object);
 
     Image image(object.release());
-    if (!uniqueAccess)
-        mImageCache[fileId] = image;
+    if (!uniqueAccess) mImageCache[fileId] = image;
     return image;
 }
 
@@ -66,8 +61,7 @@ int ImageManager::removeImage(const std::string& imageFileId)
     if (entry == mImageCache.end())
         throw Exception("AM::ImageManager::removeImage, Image %s not found!", imageFileId.c_str());
     // With other handles about, their image stops being managed: it must not look for this entry at its end.
-    if (entry->second.mObjectRef->getRef(nullptr) > 1)
-        entry->second->setManager(nullptr);
+    if (entry->second.mObjectRef->getRef(nullptr) > 1) entry->second->setManager(nullptr);
     mImageCache.erase(entry);
     return 0;
 }
@@ -75,15 +69,13 @@ int ImageManager::removeImage(const std::string& imageFileId)
 File ImageManager::encodeImage(const std::string& filename, Image& image)
 {
     ImageCodec* codec = getCodec(getExtension(filename));
-    if (!codec || !codec->canWrite())
-        return File();
+    if (!codec || !codec->canWrite()) return File();
 
     ImageObject& object = *image;
     File file = new FileStructure;
     file->filename = filename;
     std::size_t length = 0;
-    if (!codec->encodeImage(&file->data, &length, object))
-        return File();
+    if (!codec->encodeImage(&file->data, &length, object)) return File();
     file->length = static_cast<long>(length);
     return file;
 }
@@ -106,8 +98,7 @@ ImageCodec* ImageManager::getCodec(const std::string& extension)
 // The images no longer point at this manager, so that they can outlive it.
 void ImageManager::empty()
 {
-    for (const auto& entry : mImageCache)
-        entry.second->setManager(nullptr);
+    for (const auto& entry : mImageCache) entry.second->setManager(nullptr);
     mImageCache.clear();
 }
-}
+} // namespace AM

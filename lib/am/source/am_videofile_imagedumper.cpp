@@ -7,10 +7,7 @@
 
 namespace AM
 {
-VideoFileImageDumper::VideoFileImageDumper()
-    : mFormat{0, 0, 0, 1}
-{
-}
+VideoFileImageDumper::VideoFileImageDumper() : mFormat{0, 0, 0, 1} {}
 
 VideoFileImageDumper::~VideoFileImageDumper()
 {
@@ -48,8 +45,7 @@ int VideoFileImageDumper::getHeight() const
 // The first character is never looked at, so a name without a dot has an extension too: all but that character.
 bool VideoFileImageDumper::openForWrite(const std::string& filename, const Format& format, ArchiveManager* archive)
 {
-    if (!archive)
-        return false;
+    if (!archive) return false;
     mArchive = archive;
     mExtension.clear();
     mFilename = filename;
@@ -63,8 +59,7 @@ bool VideoFileImageDumper::openForWrite(const std::string& filename, const Forma
         }
         mExtension.insert(mExtension.begin(), character);
     }
-    if (mExtension != "png")
-        return false;
+    if (mExtension != "png") return false;
     mFormat = format;
     mFrameNumber = 0;
     return true;
@@ -74,4 +69,4 @@ void VideoFileImageDumper::close()
 {
     mImage.release();
 }
-}
+} // namespace AM

@@ -20,7 +20,7 @@ ImageObject* makeImage(int width, int height)
     object->resize(width, height);
     return object;
 }
-}
+} // namespace
 
 TEST(Image, countsItsHandles)
 {
@@ -90,15 +90,14 @@ TEST(ImageManager, givesPrivateImagesAndLetsOthersOutliveIt)
 
 TEST(ImageManager, tellsWhatItCannotLoadAndKeepsNothingOfIt)
 {
-    struct { const char* name; const char* text; } const cases[] = {
-        {"nodot", "AM::ImageManager::loadImage, No decoder found for nodot"},
-        {"a.jpeg", "AM::ImageManager::loadImage, No decoder found for a.jpeg"},
+    const std::string noDecoder = "AM::ImageManager::loadImage, No decoder found for ";
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        {"nodot", noDecoder + "nodot"},
+        {"a.jpeg", noDecoder + "a.jpeg"},
         {"a.TGA", "[AM::ImageCodec] TGA-reader is not done yet!"},
-        {"a.jpg", "Internal jpeglib error; Not a JPEG file: starts with 0x89 0x50"},
-    };
+        {"a.jpg", "Internal jpeglib error; Not a JPEG file: starts with 0x89 0x50"}};
     ImageManager manager;
-    for (const auto& test : cases)
-        EXPECT_EQ(test.text, getError([&] { load(manager, test.name); })) << test.name;
+    for (const auto& entry : cases) EXPECT_EQ(entry.second, getError([&] { load(manager, entry.first); }));
     EXPECT_TRUE(manager.mImageCache.empty());
 }
 
@@ -106,7 +105,7 @@ TEST(ArchiveManager, writesImagesThatMayBeWrittenAndReadsThem)
 {
     TemporaryFolder folder;
     AM::ArchiveManager manager;
-    manager.addArchive(folder.path());
+    manager.addArchive(folder.path);
     folder.write("a.png", onePixel);
     Image image = manager.loadImage("a.png", -1, true), cached = manager.loadImage("a.png", -1, false), null;
     for (const char* name : {"a.jpg", "a.tga", "a.gif", "a", "missing/b.png"})
@@ -116,6 +115,6 @@ TEST(ArchiveManager, writesImagesThatMayBeWrittenAndReadsThem)
     EXPECT_EQ("Image::operator*() Attempt to dereference (NULL)ImageObject!",
               getError([&] { manager.writeImage("b.png", null); }));
     EXPECT_EQ(notAllowed, getError([&] { manager.writeImage("b.png", cached); }));
-    std::filesystem::remove(folder.path() + "a.png");
+    std::filesystem::remove(folder.path + "a.png");
     EXPECT_EQ("AM::loadImage, File not found (a.png)", getError([&] { manager.loadImage("a.png", -1, false); }));
 }

@@ -12,7 +12,7 @@ struct Probe
 };
 
 typedef AM::TSmartPtr<Probe> ProbePtr;
-}
+} // namespace
 
 TEST(SmartPointer, copiesShareOneCountAndTheLastDestroys)
 {

@@ -14,20 +14,22 @@ TEST(VideoFile, takesPngNamesAloneAndCutsThemAtTheLastDot)
 {
     AM::ArchiveManager archive;
     const unsigned char byte = 0;
-    EXPECT_EQ("Could not find something that could read from 'a.png'", getError([] { VideoFile::createForRead("a.png"); }));
-    EXPECT_EQ("Could not find something that could read from buffer", getError([&] { VideoFile::createForRead(&byte, 1); }));
+    EXPECT_EQ("Could not find something that could read from 'a.png'",
+              getError([] { VideoFile::createForRead("a.png"); }));
+    EXPECT_EQ("Could not find something that could read from buffer",
+              getError([&] { VideoFile::createForRead(&byte, 1); }));
     EXPECT_NE("", getError([] { VideoFile::createForWrite("dump.png", format, nullptr); }));
     for (const char* name : {"dump.PNG", "dump.avi", "dump", "", "png", "a.png."})
         EXPECT_EQ("Could not find something that could write to '" + std::string(name) + "'",
                   getError([&] { VideoFile::createForWrite(name, format, &archive); }));
 
-    struct { const char* name; const char* base; } const cases[] = {
+    const std::vector<std::pair<std::string, std::string>> cases = {
         {"dump.png", "dump"}, {"a.b.png", "a.b"}, {"xpng", "xpng"}, {".png", ".png"}, {"a/b.png", "a/b"}};
-    for (const auto& test : cases)
+    for (const auto& [name, base] : cases)
     {
         AM::VideoFileImageDumper dumper;
-        EXPECT_TRUE(dumper.openForWrite(test.name, format, &archive));
-        EXPECT_EQ(test.base, dumper.mFilename);
+        EXPECT_TRUE(dumper.openForWrite(name, format, &archive));
+        EXPECT_EQ(base, dumper.mFilename);
         EXPECT_EQ(2, dumper.getFormat().frameRateBase);
     }
 }
@@ -36,7 +38,7 @@ TEST(VideoFileImageDumper, writesEachFrameAsItIsThen)
 {
     TemporaryFolder folder;
     AM::ArchiveManager archive;
-    archive.addArchive(folder.path());
+    archive.addArchive(folder.path);
     std::unique_ptr<VideoFile> video(VideoFile::createForWrite("dump.png", format, &archive));
     AM::Image image(new AM::ImageObject(0, 0, nullptr, nullptr, ""));
     image->resize(2, 1);
@@ -44,7 +46,7 @@ TEST(VideoFileImageDumper, writesEachFrameAsItIsThen)
     video->attach(image);
     EXPECT_EQ(2, image.mObjectRef->mRef);
     // The second frame finds its name taken by a folder: it is dropped, its number used up.
-    std::filesystem::create_directory(folder.path() + "dump.0000000001.png");
+    std::filesystem::create_directory(folder.path + "dump.0000000001.png");
     for (const unsigned char frame : {0, 1, 2})
     {
         std::fill_n(image->getWriteData(), 8, frame);
@@ -55,7 +57,7 @@ TEST(VideoFileImageDumper, writesEachFrameAsItIsThen)
         AM::Image written = archive.loadImage("dump.000000000" + std::to_string(frame) + ".png", -1, true);
         EXPECT_EQ(Bytes(8, frame), Bytes(written->getData(), written->getData() + 8));
     }
-    EXPECT_FALSE(std::filesystem::exists(folder.path() + "dump.0000000003.png"));
+    EXPECT_FALSE(std::filesystem::exists(folder.path + "dump.0000000003.png"));
     video.reset();
     EXPECT_EQ(1, image.mObjectRef->mRef);
 }

@@ -7,7 +7,7 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    Music music;
-    decodeMusic(data, size, music);
+    FSound::Music music;
+    FSound::decodeMusic(data, size, music);
     return 0;
 }

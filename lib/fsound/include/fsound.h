@@ -23,15 +23,15 @@ enum FMOD_ERRORS
     FMOD_ERR_COOPERATIVELEVEL, // cooperative level of the hardware
     FMOD_ERR_CREATEBUFFER,     // hardware sound buffer
     FMOD_ERR_FILE_NOTFOUND,
-    FMOD_ERR_FILE_FORMAT,      // not music
-    FMOD_ERR_FILE_BAD,         // loading failed
+    FMOD_ERR_FILE_FORMAT, // not music
+    FMOD_ERR_FILE_BAD,    // loading failed
     FMOD_ERR_MEMORY,
-    FMOD_ERR_VERSION,          // version of the file format
+    FMOD_ERR_VERSION, // version of the file format
     FMOD_ERR_INVALID_PARAM,
     FMOD_ERR_NO_EAX,
     FMOD_ERR_CHANNEL_ALLOC,
     FMOD_ERR_RECORD,
-    FMOD_ERR_MEDIAPLAYER       // codec not installed
+    FMOD_ERR_MEDIAPLAYER // codec not installed
 };
 
 // Channels.
@@ -42,8 +42,8 @@ const int FSOUND_ALL = -3;
 const unsigned FSOUND_INIT_GLOBALFOCUS = 0x2; // sound goes on when the window has lost the focus; it always does
 
 // Mode of FSOUND_Stream_Open.
-const unsigned FSOUND_LOADMEMORY = 0x8000;     // the name is a block of memory
-const unsigned FSOUND_MPEGACCURATE = 0x20000;  // exact seeks in MP3; they always are
+const unsigned FSOUND_LOADMEMORY = 0x8000;    // the name is a block of memory
+const unsigned FSOUND_MPEGACCURATE = 0x20000; // exact seeks in MP3; they always are
 
 // The version of the interface, 3.75.
 float FSOUND_GetVersion();

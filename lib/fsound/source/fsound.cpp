@@ -59,8 +59,7 @@ bool fail(FMOD_ERRORS error)
 bool check(FSOUND_STREAM* stream)
 {
     Sound& sound = getSound();
-    if (!sound.initialized)
-        return fail(FMOD_ERR_UNINITIALIZED);
+    if (!sound.initialized) return fail(FMOD_ERR_UNINITIALIZED);
     if (std::find(sound.streams.begin(), sound.streams.end(), stream) == sound.streams.end())
         return fail(FMOD_ERR_INVALID_PARAM);
     return succeed();
@@ -80,8 +79,7 @@ void fillAudio(void*, Uint8* bytes, int length)
 void goSilent()
 {
     static bool told = false;
-    if (!told)
-        std::fprintf(stderr, "No sound device (%s), playing in silence\n", SDL_GetError());
+    if (!told) std::fprintf(stderr, "No sound device (%s), playing in silence\n", SDL_GetError());
     told = true;
     getSound().silent = true;
 }
@@ -89,8 +87,7 @@ void goSilent()
 // Opens the device at the rate of the stream. The callback does not run before SDL_PauseAudio.
 void openDevice(int rate)
 {
-    if (SDL_GetAudioStatus() != SDL_AUDIO_STOPPED)
-        SDL_CloseAudio();
+    if (SDL_GetAudioStatus() != SDL_AUDIO_STOPPED) SDL_CloseAudio();
     SDL_AudioSpec wanted = {};
     wanted.freq = rate;
     wanted.format = AUDIO_S16SYS;
@@ -98,8 +95,7 @@ void openDevice(int rate)
     wanted.samples = bufferLength;
     wanted.callback = fillAudio;
     // Without an obtained format SDL converts to whatever the device takes.
-    if (SDL_OpenAudio(&wanted, nullptr) != 0)
-        goSilent();
+    if (SDL_OpenAudio(&wanted, nullptr) != 0) goSilent();
 }
 
 // Gives the device to the stream. Whatever had it stops.
@@ -110,15 +106,14 @@ void takeDevice(FSOUND_STREAM* stream)
     if (before != stream)
     {
         AudioLock lock;
-        if (before)
-            sound.onDevice->stop();
+        if (before) sound.onDevice->stop();
         sound.onDevice = stream;
     }
-    const bool opened = before && before->mMusic.rate == stream->mMusic.rate && SDL_GetAudioStatus() != SDL_AUDIO_STOPPED;
-    if (!opened && !sound.silent)
-        openDevice(stream->mMusic.rate);
+    const bool opened =
+        before && before->mMusic.rate == stream->mMusic.rate && SDL_GetAudioStatus() != SDL_AUDIO_STOPPED;
+    if (!opened && !sound.silent) openDevice(stream->mMusic.rate);
 }
-}
+} // namespace
 
 float FSOUND_GetVersion()
 {
@@ -135,8 +130,7 @@ bool FSOUND_Init(int mixrate, int maxsoftwarechannels, unsigned)
         sound.initialized = true;
         sound.silent = false;
         sound.mute = false;
-        if (SDL_InitSubSystem(SDL_INIT_AUDIO) != 0)
-            goSilent();
+        if (SDL_InitSubSystem(SDL_INIT_AUDIO) != 0) goSilent();
     }
     return succeed();
 }
@@ -144,10 +138,8 @@ bool FSOUND_Init(int mixrate, int maxsoftwarechannels, unsigned)
 void FSOUND_Close()
 {
     Sound& sound = getSound();
-    if (!sound.initialized)
-        return;
-    while (!sound.streams.empty())
-        FSOUND_Stream_Close(sound.streams.back());
+    if (!sound.initialized) return;
+    while (!sound.streams.empty()) FSOUND_Stream_Close(sound.streams.back());
     SDL_QuitSubSystem(SDL_INIT_AUDIO);
     sound.initialized = false;
 }
@@ -170,9 +162,10 @@ FSOUND_STREAM* FSOUND_Stream_Open(const char* data, unsigned mode, int offset, i
     {
         try
         {
-            Music music;
+            FSound::Music music;
             const char* start = data + offset;
-            error = decodeMusic(reinterpret_cast<const unsigned char*>(start), static_cast<std::size_t>(length), music);
+            error = FSound::decodeMusic(reinterpret_cast<const unsigned char*>(start), static_cast<std::size_t>(length),
+                                        music);
             if (error == FMOD_ERR_NONE)
             {
                 stream.reset(new FSOUND_STREAM(std::move(music)));
@@ -197,8 +190,7 @@ FSOUND_STREAM* FSOUND_Stream_Open(const char* data, unsigned mode, int offset, i
 
 int FSOUND_Stream_Play(int channel, FSOUND_STREAM* stream)
 {
-    if (!check(stream))
-        return -1;
+    if (!check(stream)) return -1;
     if (channel != FSOUND_FREE && channel != 0)
     {
         fail(FMOD_ERR_INVALID_PARAM);
@@ -215,8 +207,7 @@ int FSOUND_Stream_Play(int channel, FSOUND_STREAM* stream)
 
 bool FSOUND_Stream_Stop(FSOUND_STREAM* stream)
 {
-    if (!check(stream))
-        return false;
+    if (!check(stream)) return false;
     AudioLock lock;
     stream->stop();
     return true;
@@ -224,8 +215,7 @@ bool FSOUND_Stream_Stop(FSOUND_STREAM* stream)
 
 bool FSOUND_Stream_SetTime(FSOUND_STREAM* stream, int ms)
 {
-    if (!check(stream))
-        return false;
+    if (!check(stream)) return false;
     AudioLock lock;
     stream->setTime(ms);
     return true;
@@ -238,8 +228,7 @@ int FSOUND_Stream_GetTime(FSOUND_STREAM* stream)
 
 bool FSOUND_Stream_Close(FSOUND_STREAM* stream)
 {
-    if (!check(stream))
-        return false;
+    if (!check(stream)) return false;
     Sound& sound = getSound();
     if (sound.onDevice == stream)
     {
@@ -255,10 +244,8 @@ bool FSOUND_Stream_Close(FSOUND_STREAM* stream)
 bool FSOUND_SetMute(int channel, bool mute)
 {
     Sound& sound = getSound();
-    if (!sound.initialized)
-        return fail(FMOD_ERR_UNINITIALIZED);
-    if (channel != FSOUND_ALL && channel != 0)
-        return fail(FMOD_ERR_INVALID_PARAM);
+    if (!sound.initialized) return fail(FMOD_ERR_UNINITIALIZED);
+    if (channel != FSOUND_ALL && channel != 0) return fail(FMOD_ERR_INVALID_PARAM);
     AudioLock lock;
     sound.mute = mute;
     return succeed();

@@ -9,6 +9,8 @@
 #include <memory>
 #include <new>
 
+namespace FSound
+{
 namespace
 {
 // The file in memory, as libsndfile reads it.
@@ -66,8 +68,7 @@ struct SoundCloser
 // those come out as they were.
 std::int16_t toSample(float value)
 {
-    if (std::isnan(value))
-        return 0;
+    if (std::isnan(value)) return 0;
     return static_cast<std::int16_t>(std::lrintf(std::min(std::max(value * 32768.0f, -32768.0f), 32767.0f)));
 }
 
@@ -81,12 +82,10 @@ FMOD_ERRORS readFrames(SNDFILE* file, std::size_t channels, Music& music)
     {
         // libsndfile's own conversion to 16 bits wraps round at full scale in some formats, so the clamp is ours.
         const sf_count_t count = sf_readf_float(file, block.data(), static_cast<sf_count_t>(blockLength));
-        if (count <= 0)
-            break;
+        if (count <= 0) break;
         const std::size_t frames = static_cast<std::size_t>(count);
         std::size_t target = music.samples.size();
-        if (target / 2 + frames > maxMusicLength)
-            return FMOD_ERR_MEMORY;
+        if (target / 2 + frames > maxMusicLength) return FMOD_ERR_MEMORY;
         music.samples.resize(target + 2 * frames);
         for (std::size_t i = 0; i < frames; ++i)
         {
@@ -96,7 +95,7 @@ FMOD_ERRORS readFrames(SNDFILE* file, std::size_t channels, Music& music)
     }
     return music.samples.empty() ? FMOD_ERR_FILE_BAD : FMOD_ERR_NONE;
 }
-}
+} // namespace
 
 FMOD_ERRORS decodeMusic(const unsigned char* data, std::size_t length, Music& music)
 {
@@ -104,8 +103,7 @@ FMOD_ERRORS decodeMusic(const unsigned char* data, std::size_t length, Music& mu
     SF_VIRTUAL_IO access = {getLength, seek, read, write, tell};
     SF_INFO info = {};
     const std::unique_ptr<SNDFILE, SoundCloser> file(sf_open_virtual(&access, SFM_READ, &info, &memory));
-    if (!file || info.channels < 1 || info.samplerate < 1)
-        return FMOD_ERR_FILE_FORMAT;
+    if (!file || info.channels < 1 || info.samplerate < 1) return FMOD_ERR_FILE_FORMAT;
     music.rate = info.samplerate;
     try
     {
@@ -116,3 +114,4 @@ FMOD_ERRORS decodeMusic(const unsigned char* data, std::size_t length, Music& mu
         return FMOD_ERR_MEMORY;
     }
 }
+} // namespace FSound

@@ -6,6 +6,8 @@
 
 #include "fsound.h"
 
+namespace FSound
+{
 // A whole piece of music.
 struct Music
 {
@@ -20,3 +22,4 @@ const std::size_t maxMusicLength = std::size_t(1) << 28;
 // are taken. Gives FMOD_ERR_NONE, or why there is no music: FMOD_ERR_FILE_FORMAT for a file that is none,
 // FMOD_ERR_FILE_BAD for one without a single sample, FMOD_ERR_MEMORY.
 FMOD_ERRORS decodeMusic(const unsigned char* data, std::size_t length, Music& music);
+} // namespace FSound

@@ -4,17 +4,15 @@
 #include <climits>
 #include <utility>
 
-FSOUND_STREAM::FSOUND_STREAM(Music&& music)
-    : mMusic(std::move(music))
+FSOUND_STREAM::FSOUND_STREAM(FSound::Music&& music) : mMusic(std::move(music))
 {
-    mLengthMs = static_cast<int>(std::min<unsigned long long>(
-        getLength() * 1000ull / static_cast<unsigned>(mMusic.rate), INT_MAX));
+    mLengthMs = static_cast<int>(
+        std::min<unsigned long long>(getLength() * 1000ull / static_cast<unsigned>(mMusic.rate), INT_MAX));
 }
 
 void FSOUND_STREAM::play()
 {
-    if (mPlaying)
-        return;
+    if (mPlaying) return;
     mPlaying = true;
     mStart = Clock::now();
 }
@@ -39,8 +37,7 @@ void FSOUND_STREAM::setTime(int ms)
 
 int FSOUND_STREAM::getTime() const
 {
-    if (!mPlaying)
-        return mStartMs;
+    if (!mPlaying) return mStartMs;
     const auto passed = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - mStart).count();
     return static_cast<int>(std::min<long long>(mStartMs + passed, mLengthMs));
 }
@@ -51,8 +48,7 @@ void FSOUND_STREAM::render(std::int16_t* target, std::size_t frames, bool mute)
     if (mPlaying)
     {
         count = std::min(frames, getLength() - mCursor);
-        if (!mute)
-            std::copy_n(mMusic.samples.data() + 2 * mCursor, 2 * count, target);
+        if (!mute) std::copy_n(mMusic.samples.data() + 2 * mCursor, 2 * count, target);
         mCursor += count;
     }
     std::fill(target + (mute ? 0 : 2 * count), target + 2 * frames, std::int16_t(0));

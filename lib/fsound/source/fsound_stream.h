@@ -10,7 +10,7 @@
 // while the stream is on the device holds the audio lock.
 struct FSOUND_STREAM
 {
-    explicit FSOUND_STREAM(Music&& music);
+    explicit FSOUND_STREAM(FSound::Music&& music);
 
     void play();
     void stop();
@@ -24,7 +24,7 @@ struct FSOUND_STREAM
     // Fills `frames` pairs of samples with what comes next, silence when stopped, muted or at the end.
     void render(std::int16_t* target, std::size_t frames, bool mute);
 
-    const Music mMusic;
+    const FSound::Music mMusic;
 
 private:
     typedef std::chrono::steady_clock Clock;
@@ -32,8 +32,8 @@ private:
     std::size_t getLength() const { return mMusic.samples.size() / 2; }
 
     int mLengthMs;
-    int mStartMs = 0;          // position at mStart, or all the time while stopped
+    int mStartMs = 0; // position at mStart, or all the time while stopped
     Clock::time_point mStart;
     bool mPlaying = false;
-    std::size_t mCursor = 0;   // pair of samples that is played next
+    std::size_t mCursor = 0; // pair of samples that is played next
 };
