@@ -4,8 +4,6 @@
 #include "tw_minihud.h"
 #include "tw_show.h"
 
-#include "am_videofile.h"
-
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -36,55 +34,6 @@ std::unique_ptr<Tidewheel::Base> makeBase(const ShowFolder& folder)
     base->addArchive(folder.mPath);
     base->addScreenshotArchive(folder.mPath + "screenshots/");
     return base;
-}
-
-TEST(Configuration, namesWhatIsMissingOrWrong)
-{
-    struct Case
-    {
-        const char* configuration; // null: no file
-        const char* error;
-    };
-    const Case cases[] = {
-        {nullptr, "[Tidewheel] Could not load 'tidewheel.xml'"},
-        {"", "(error at line 1, col 1); EOF (when reading tag at 1:1)"},
-        {"<demo>\n<music file=\"none.wav\"/></demo>", "[Tidewheel] Could not find music in 'none.wav'"},
-        {"<demo><music/></demo>", "[Tidewheel] Could not find music in ''"},
-        {"<demo><music file=\"noise.wav\"/></demo>", "[Tidewheel] FMOD-ERROR; Unknown file format"},
-        {"<demo><script file=\"none.xml\"/></demo>", "[Tidewheel] Could not find the scriptfile 'none.xml'"},
-        {"<demo><window width=\"320\" type=\"opengl\"/></demo>",
-         "[Tidewheel] The window in 'tidewheel.xml' needs a width and a height from 1 to 16384 (320x0)"},
-        {"<demo><window width=\"-9999999999\" height=\"70000\" type=\"opengl\"/></demo>",
-         "[Tidewheel] The window in 'tidewheel.xml' needs a width and a height from 1 to 16384 (-2147483648x70000)"},
-        {"<demo><videodump name=\"a.png\"/></demo>", "[Tidewheel] There is no window tag in 'tidewheel.xml'"},
-    };
-    for (const Case& c : cases)
-    {
-        ShowFolder folder;
-        folder.write("noise.wav", "this is no music");
-        if (c.configuration)
-            folder.write("tidewheel.xml", c.configuration);
-        auto base = makeBase(folder);
-        EXPECT_EQ(c.error, textOf([&] { base->load(""); })) << (c.configuration ? c.configuration : "none");
-        EXPECT_FALSE(base->mLoaded);
-    }
-}
-
-// What loads and cannot be played ends in a text too, before any effect is set up.
-TEST(Configuration, aShowWithoutAWindowIsRefusedWhenItIsToRun)
-{
-    const char* cases[][2] = {
-        {"<demo></demo>", "[Tidewheel] There is no window tag in 'tidewheel.xml'"},
-        {"<show><window/></show>", "[Tidewheel] The root tag of 'tidewheel.xml' is not 'demo'"},
-    };
-    for (const auto& c : cases)
-    {
-        ShowFolder folder;
-        folder.write("tidewheel.xml", c[0]);
-        auto base = makeBase(folder);
-        base->load("");
-        EXPECT_EQ(c[1], textOf([&] { base->run(); }));
-    }
 }
 
 TEST(Configuration, settingsAreReadAsTheyStandInTheFile)

@@ -113,13 +113,7 @@ public:
     void displayHUD(Tidewheel::HUD&) override { mCalls.push_back("hud"); }
     void displayMiniHUD(Tidewheel::MiniHUD&) override { mCalls.push_back("minihud"); }
     void displayLoadingBar(float delta) override { mCalls.push_back("bar " + std::to_string(delta)); }
-    void getScreenShot(AM::Image& image) const override
-    {
-        mScreenShots++;
-        std::fill_n(image->getWriteData(), mWidth * mHeight * 4, static_cast<unsigned char>(mScreenShots));
-    }
 
     std::deque<std::vector<Tidewheel::Event>> mPolls; // the events of each poll to come
     std::vector<std::string> mCalls;
-    mutable int mScreenShots = 0;
 };
