@@ -1,0 +1,52 @@
+// Any bytes are refused or become entries that run, start over and are saved.
+
+#include "script_loadxml.h"
+#include "script_savexml.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace
+{
+
+struct Silent : public Script::Callback
+{
+    void update(float, float, float) override {}
+};
+
+// A trigger fires as often as it says, which takes its time.
+bool isPatient(const std::vector<Script::Effect*>& entries)
+{
+    for (const Script::Effect* entry : entries)
+    {
+        for (const Script::Trigger* trigger : entry->mTriggers)
+        {
+            if (trigger->mRepeat > 1000) return false;
+        }
+        if (!isPatient(entry->mEffects)) return false;
+    }
+    return true;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    Silent silent;
+    Script::ScriptEngine engine;
+    try
+    {
+        Script::LoadXML().loadMem(reinterpret_cast<const char*>(data), static_cast<long>(size), engine);
+    }
+    catch (const Xml::XmlException&)
+    {
+        return 0;
+    }
+    for (const Script::Effect* entry : engine.mEffects) engine.addCallback(entry->mName, &silent);
+    if (isPatient(engine.mEffects))
+    {
+        for (const float time : {0.0f, 1.5f, 30.0f, 0.5f}) engine.update(time);
+    }
+    Script::SaveXML().saveMem(engine);
+    return 0;
+}
