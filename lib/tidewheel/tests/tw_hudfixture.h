@@ -11,14 +11,12 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <initializer_list>
+#include <map>
+#include <sstream>
 #include <string>
 
 namespace HudTest
 {
-
-enum Key { Backspace = 8, Return = 13, Delete = 127, Minus = 269, Plus = 270, Up = 273, Down = 274, Right = 275,
-           Left = 276, Insert = 277, F2 = 283, F3 = 284, F4 = 285 };
 
 const std::uint32_t white = 0xFFFFFFFF;
 const std::uint32_t red = 0xFFFF0000;
@@ -45,19 +43,24 @@ struct Stage
         mHud.setScriptEngine(&mEngine);
     }
 
-    void press(int key, bool ctrl = false)
+    // Presses keys, named or by what they type; "^" before a key holds Ctrl: "Right Down ^n a b Return".
+    void keys(const std::string& text)
     {
-        Tidewheel::Event event;
-        event.type = Tidewheel::EVENT_KEYDOWN;
-        event.key = key;
-        event.ctrl = ctrl;
-        send(event);
+        static const std::map<std::string, int> named = {
+            {"Backspace", 8}, {"Return", 13}, {"Blank", 32}, {"Delete", 127}, {"Minus", 269}, {"Plus", 270},
+            {"Up", 273}, {"Down", 274}, {"Right", 275}, {"Left", 276}, {"Insert", 277}, {"NumLock", 300},
+            {"F2", 283}, {"F3", 284}, {"F4", 285}, {"Quote", '"'}, {"Caret", '^'}};
+        std::istringstream words(text);
+        for (std::string word; words >> word;)
+        {
+            Tidewheel::Event event;
+            event.type = Tidewheel::EVENT_KEYDOWN;
+            event.ctrl = word[0] == '^';
+            word.erase(0, event.ctrl);
+            event.key = word.size() == 1 ? word[0] : named.at(word);
+            send(event);
+        }
     }
-    void press(std::initializer_list<int> keys)
-    {
-        for (const int key : keys) press(key);
-    }
-    void ctrl(int key) { press(key, true); }
     void time(float seconds, float start = 0.0f, float fps = 0.0f)
     {
         Tidewheel::Event event;
@@ -76,9 +79,8 @@ struct Stage
     }
 
     Script::Effect& effect(std::size_t i) { return *mEngine.mEffects.at(i); }
-    Script::Trigger& trigger(std::size_t i, std::size_t k) { return *effect(i).mTriggers.at(k); }
-    Script::Spline& spline(std::size_t i, std::size_t s) { return *effect(i).mSplines.at(s); }
-    Script::Spline::Key& key(std::size_t k) { return *spline(0, 0).mKeys.at(k); }
+    Script::Trigger& trigger(std::size_t k) { return *effect(0).mTriggers.at(k); }
+    Script::Spline& spline(std::size_t s) { return *effect(0).mSplines.at(s); }
     std::string saved() { return Script::SaveXML().saveMem(mEngine); }
 
     ShowArchive mArchive;
