@@ -16,13 +16,13 @@ Meta::FloodCell Meta::floodStack[CELLS * CELLS * CELLS];
 namespace
 {
 
-const float threshold = 0.75f;    // of the field, on the surface
+const float threshold = 0.75f; // of the field, on the surface
 const float ballStrength = 0.005f;
-const float ballSpeed = 0.5f;     // field units a second
-const float cellSize = 0.05f;     // field units
+const float ballSpeed = 0.5f; // field units a second
+const float cellSize = 0.05f; // field units
 const float cellsPerUnit = 20.0f;
-const float gridMiddle = 12.0f;   // the lattice point at the node's origin
-const float modelScale = 0.1f;    // scene units a cell
+const float gridMiddle = 12.0f; // the lattice point at the node's origin
+const float modelScale = 0.1f;  // scene units a cell
 const unsigned char noVertex = 255;
 
 // The neighbours of a cell in the order in which the flood goes on.

@@ -19,8 +19,8 @@ class Node;
 // Ten wandering charges as one blobby, mirroring surface, at the node "metaball" of the scene that has just been drawn.
 // It takes camera, lights and colour as the scene leaves them.
 //
-// Every ball gives off strength / distance^2; the surface runs where the sum is 0.75. It is cut out by marching cubes on
-// a grid of 23 cells a side, and in place of sweeping the grid a flood goes from the cell of each ball through all
+// Every ball gives off strength / distance^2; the surface runs where the sum is 0.75. It is cut out by marching cubes
+// on a grid of 23 cells a side, and in place of sweeping the grid a flood goes from the cell of each ball through all
 // connected cells that are not wholly outside. The field is computed only where the flood comes by, once for each
 // lattice point. Lattice point (i, j, k) lies at (0.05 i, 0.05 j, 0.05 k) in the space the balls move in.
 class Meta : public Tidewheel::Effect3D

@@ -20,62 +20,39 @@ using GLFake::gl;
 namespace
 {
 
-using Side = std::pair<int, int>; // of a triangle, from edge to edge of its cell
+// The sides of all triangles, from corner to corner in units of `step`; no side may come twice.
+std::set<std::array<long, 6>> sidesOf(const std::vector<GLFake::Draw>& cells, float step)
+{
+    std::set<std::array<long, 6>> sides;
+    for (const GLFake::Draw& cell : cells)
+        for (std::size_t i = 0; i < cell.points.size(); ++i)
+        {
+            const std::array<float, 3>&from = cell.points[i], &to = cell.points[i % 3 == 2 ? i - 2 : i + 1];
+            std::array<long, 6> side;
+            for (int c = 0; c < 3; ++c) side[c] = std::lround(from[c] / step), side[c + 3] = std::lround(to[c] / step);
+            EXPECT_TRUE(sides.insert(side).second);
+        }
+    return sides;
+}
+
+std::array<long, 6> turned(const std::array<long, 6>& s)
+{
+    return {s[3], s[4], s[5], s[0], s[1], s[2]};
+}
+
+Vector3f cross(const Vector3f& a, const Vector3f& b)
+{
+    return Vector3f(a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x);
+}
+
+Vector3f cornerAt(int corner)
+{
+    return Vector3f(Meta::vertices[corner][0], Meta::vertices[corner][1], Meta::vertices[corner][2]);
+}
 
 const int* rowOf(int corners)
 {
     return Meta::gridTriangles + 16 * corners;
-}
-
-// Where a case's surface ends: the sides that no two of its triangles share.
-std::set<Side> borderOf(int corners)
-{
-    std::set<Side> border;
-    for (const int* entry = rowOf(corners); *entry != -1; entry += 3)
-        for (int i = 0; i < 3; ++i)
-        {
-            const Side side(entry[i], entry[(i + 1) % 3]);
-            if (border.erase({side.second, side.first})) continue;
-            EXPECT_TRUE(border.insert(side).second) << corners;
-        }
-    return border;
-}
-
-bool isOnFace(int corner, int axis, int end)
-{
-    return Meta::vertices[corner][axis] == static_cast<float>(end);
-}
-
-bool isOnFace(const Side& side, int axis, int end)
-{
-    for (const int edge : {side.first, side.second})
-        for (const int corner : Meta::edges[edge])
-        {
-            if (!isOnFace(corner, axis, end)) return false;
-        }
-    return true;
-}
-
-// The corner or edge at the same place of the opposite face.
-int mirrorCorner(int corner, int axis)
-{
-    for (int other = 0; other < 8; ++other)
-    {
-        bool matches = true;
-        for (int i = 0; i < 3; ++i) matches &= (Meta::vertices[other][i] == Meta::vertices[corner][i]) == (i != axis);
-        if (matches) return other;
-    }
-    return -1;
-}
-
-int mirrorEdge(int edge, int axis)
-{
-    const std::set<int> corners = {mirrorCorner(Meta::edges[edge][0], axis), mirrorCorner(Meta::edges[edge][1], axis)};
-    for (int other = 0; other < 12; ++other)
-    {
-        if (corners == std::set<int>{Meta::edges[other][0], Meta::edges[other][1]}) return other;
-    }
-    return -1;
 }
 
 class MetaTest : public testing::Test
@@ -117,7 +94,7 @@ protected:
 
 } // namespace
 
-TEST(MetaTable, eachCaseUsesExactlyTheEdgesThatAreCut)
+TEST(MetaTable, eachCaseUsesExactlyTheEdgesThatAreCutAndTurnsClockwise)
 {
     for (int corners = 0; corners < 256; ++corners)
     {
@@ -126,44 +103,21 @@ TEST(MetaTable, eachCaseUsesExactlyTheEdgesThatAreCut)
         {
             if ((corners >> Meta::edges[edge][0] & 1) != (corners >> Meta::edges[edge][1] & 1)) cut.insert(edge);
         }
-        for (const int* entry = rowOf(corners); *entry != -1; ++entry) used.insert(*entry);
+        for (const int* entry = rowOf(corners); *entry != -1; entry += 3)
+        {
+            Vector3f middle[3], outward;
+            for (int i = 0; i < 3; ++i)
+            {
+                const int* edge = Meta::edges[entry[i]];
+                const Vector3f way = cornerAt(edge[1]) - cornerAt(edge[0]);
+                used.insert(entry[i]);
+                middle[i] = cornerAt(edge[0]) + 0.5f * way;
+                outward = outward + (corners >> edge[1] & 1 ? 1.0f : -1.0f) * way;
+            }
+            EXPECT_LT(dot(cross(middle[1] - middle[0], middle[2] - middle[0]), outward), 0) << corners;
+        }
         EXPECT_EQ(used, cut) << corners;
     }
-}
-
-// Every border runs across one face of the cell, and whatever case the neighbour there has, its border runs back.
-TEST(MetaTable, neighbouringCasesClose)
-{
-    for (int axis = 0; axis < 3; ++axis)
-    {
-        std::map<int, std::set<std::set<Side>>> bordersOfFace; // by the bits of the face's corners
-        for (int corners = 0; corners < 256; ++corners)
-            for (int end = 0; end < 2; ++end)
-            {
-                int bits = 0;
-                for (int corner = 0; corner < 8; ++corner)
-                {
-                    if (isOnFace(corner, axis, end) && (corners >> corner & 1))
-                        bits |= 1 << (end ? mirrorCorner(corner, axis) : corner);
-                }
-                std::set<Side> border;
-                for (const Side& side : borderOf(corners))
-                {
-                    if (!isOnFace(side, axis, end)) continue;
-                    border.insert(end ? Side(mirrorEdge(side.second, axis), mirrorEdge(side.first, axis)) : side);
-                }
-                bordersOfFace[bits].insert(border);
-            }
-        EXPECT_EQ(bordersOfFace.size(), 16u);
-        for (const auto& face : bordersOfFace) EXPECT_EQ(face.second.size(), 1u) << axis << " " << face.first;
-    }
-    for (int corners = 0; corners < 256; ++corners)
-        for (const Side& side : borderOf(corners))
-        {
-            int faces = 0;
-            for (int face = 0; face < 6; ++face) faces += isOnFace(side, face / 2, face % 2);
-            EXPECT_EQ(faces, 1) << corners;
-        }
 }
 
 TEST(MetaTable, windsAsTheseRows)
@@ -190,32 +144,50 @@ TEST_F(MetaTest, startsFromTheSeedInOneOrder)
     }
 }
 
-TEST_F(MetaTest, aLoneBallIsASmallClosedSphereTurningClockwise)
+// A field of noise has every case beside every other: nowhere but at the grid's edge may a side miss its neighbour.
+TEST_F(MetaTest, neighbouringCasesClose)
+{
+    for (float& energy : Meta::gridEnergy) energy = std::rand() & 4096 ? 0.25f : 1.25f;
+    std::memset(Meta::gridEnergyComputed, 1, sizeof Meta::gridEnergyComputed);
+    std::memset(Meta::gridVisited, 0, sizeof Meta::gridVisited);
+    std::set<int> cases;
+    for (int x = 0; x < Meta::CELLS; ++x)
+        for (int y = 0; y < Meta::CELLS; ++y)
+            for (int z = 0; z < Meta::CELLS; ++z)
+            {
+                int corners = 0;
+                for (int n = 0; n < 8; ++n)
+                {
+                    const Vector3f c = cornerAt(n);
+                    if (meta.getEnergy(x + int(c.x), y + int(c.y), z + int(c.z)) < 0.75f) corners |= 1 << n;
+                }
+                cases.insert(corners);
+                meta.drawVoxel(x, y, z);
+            }
+    EXPECT_EQ(cases.size(), 256u);
+    const std::set<std::array<long, 6>> sides = sidesOf(gl.draws, 0.05f); // half a cell
+    for (const std::array<long, 6>& side : sides)
+    {
+        bool atEdge = false;
+        for (int c = 0; c < 3; ++c) atEdge |= side[c] == side[c + 3] && (side[c] == -24 || side[c] == 22);
+        EXPECT_TRUE(atEdge || sides.count(turned(side)));
+    }
+}
+
+TEST_F(MetaTest, aLoneBallIsASmallClosedSphere)
 {
     leaveOne({0.6f, 0.61f, 0.62f});
-    const Vector3f center(0, 0.02f, 0.04f); // 20 cells a field unit, 12 of them to the middle, 0.1 each
-    std::set<std::array<long, 6>> sides;
     for (const GLFake::Draw& cell : draw())
-        for (std::size_t i = 0; i < cell.points.size(); i += 3)
+        for (std::size_t i = 0; i < cell.points.size(); ++i)
         {
-            Vector3f corner[3];
-            for (int k = 0; k < 3; ++k)
-            {
-                const std::array<float, 3>&p = cell.points[i + k], &n = cell.normals[i + k];
-                const std::array<float, 3>& q = cell.points[i + (k + 1) % 3];
-                corner[k] = Vector3f(p[0], p[1], p[2]) - center;
-                EXPECT_NEAR(corner[k].length(), 0.1633f, 0.025f) << "cut along straight lines";
-                EXPECT_NEAR(dot(Vector3f(n[0], n[1], n[2]), corner[k]), corner[k].length(), 1e-4f);
-                std::array<long, 6> side; // rounded, since two cells compute a shared vertex each
-                for (int c = 0; c < 3; ++c) side[c] = std::lround(p[c] * 1e4f), side[c + 3] = std::lround(q[c] * 1e4f);
-                EXPECT_TRUE(sides.insert(side).second);
-            }
-            const Vector3f a = corner[1] - corner[0], b = corner[2] - corner[0];
-            const Vector3f across(a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x);
-            EXPECT_LT(dot(across, corner[0]), 0) << "clockwise from outside";
+            const std::array<float, 3>&p = cell.points[i], &n = cell.normals[i];
+            const Vector3f radius(p[0], p[1] - 0.02f, p[2] - 0.04f); // 2 model units for one of the field
+            EXPECT_NEAR(radius.length(), 2 * 0.0816f, 0.025f) << "cut along straight lines";
+            EXPECT_NEAR(dot(Vector3f(n[0], n[1], n[2]), radius), radius.length(), 1e-4f);
         }
+    const std::set<std::array<long, 6>> sides = sidesOf(gl.draws, 1e-4f);
     EXPECT_GT(sides.size(), 60u);
-    for (const auto& s : sides) EXPECT_TRUE(sides.count({s[3], s[4], s[5], s[0], s[1], s[2]})) << "a gap";
+    for (const std::array<long, 6>& side : sides) EXPECT_TRUE(sides.count(turned(side))) << "a gap";
 }
 
 // The flood of the class against the recursion that it stands for: the same cells, drawn in the same order.

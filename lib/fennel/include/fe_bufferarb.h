@@ -21,9 +21,9 @@ public:
         delete this;
     }
 
-    GLuint ID;                   // GL buffer name
-    GLenum format;               // interleaved format of vertices, or type of indices
-    unsigned int mRefCount = 1;  // users
+    GLuint ID;                  // GL buffer name
+    GLenum format;              // interleaved format of vertices, or type of indices
+    unsigned int mRefCount = 1; // users
 
 private:
     ~BufferARB() {}

@@ -34,11 +34,11 @@ public:
     float mAspect = 1.3333334f;
     float mNear = 0.1f;
     float mFar = 500.0f;
-    MathBase::Frustum mFrustum;         // world space
-    MathBase::Frustum mFrustumInfinite; // without a far plane
-    MathBase::Matrix4x4Col mMatCamera;    // camera to world
-    MathBase::Matrix4x4Col mMatCameraInv; // world to camera
-    MathBase::Matrix4x4Col mMatProj;      // the one that draws
+    MathBase::Frustum mFrustum;              // world space
+    MathBase::Frustum mFrustumInfinite;      // without a far plane
+    MathBase::Matrix4x4Col mMatCamera;       // camera to world
+    MathBase::Matrix4x4Col mMatCameraInv;    // world to camera
+    MathBase::Matrix4x4Col mMatProj;         // the one that draws
     MathBase::Matrix4x4Col mMatProjInfinite; // with the far plane at infinity
     std::string mName;
     y3d::TrackVector3f mPositionTrack;

@@ -34,7 +34,7 @@ public:
     y3d::TrackColor4f mColorTrack;
     y3d::TrackFloat mDistanceTrack;
     y3d::TrackFloat mEnergyTrack;
-    Sorrel::Node* mParent = nullptr;  // the node it hangs from, or null; not owned
+    Sorrel::Node* mParent = nullptr; // the node it hangs from, or null; not owned
 };
 
 } // namespace Fennel

@@ -31,13 +31,13 @@ public:
     // Sets all GL state of the material. What was set for `previous` makes no difference.
     void activate(const Material* previous) const;
 
-    Texture mTexture;                           // the diffuse map, may be null
-    std::string mName;                          // under which meshes find it
-    bool mShadeless = false;                    // drawn without lighting, in mDiffuse
-    bool mDefaultOnFlag = true;                 // from the file, read by nothing
+    Texture mTexture;           // the diffuse map, may be null
+    std::string mName;          // under which meshes find it
+    bool mShadeless = false;    // drawn without lighting, in mDiffuse
+    bool mDefaultOnFlag = true; // from the file, read by nothing
     GLenum mWhatSide = GL_FRONT_AND_BACK;
-    float mShininess = 0;                       // 0 to 127
-    float mDiffuse[4] = {1, 0, 0, 1};           // r g b a each; red shows a material that the file says nothing of
+    float mShininess = 0;             // 0 to 127
+    float mDiffuse[4] = {1, 0, 0, 1}; // r g b a each; red shows a material that the file says nothing of
     float mSpecular[4] = {0, 0, 0, 0};
     float mEmissive[4] = {0, 0, 0, 0};
     float mAmbient[4] = {0, 0, 0, 0};

@@ -60,22 +60,22 @@ public:
     void updateKeyframing(float time);
 
     std::string mName;
-    Mesh* mMesh = nullptr;              // null for a node without one; not owned, since nodes share meshes
-    std::vector<Material*> mMaterials;  // for each submesh; not owned
-    std::vector<Node*> mChildren;       // not owned
+    Mesh* mMesh = nullptr;             // null for a node without one; not owned, since nodes share meshes
+    std::vector<Material*> mMaterials; // for each submesh; not owned
+    std::vector<Node*> mChildren;      // not owned
     y3d::TrackQuatf mRotationTrack;
     y3d::TrackVector3f mPositionTrack;
     y3d::TrackVector3f mScaleTrack;
-    MathBase::Quatf mRotation;          // current values
+    MathBase::Quatf mRotation; // current values
     MathBase::Vector3f mPosition;
     MathBase::Vector3f mScale;
-    bool mStatic = true;                // the local transform never changes
-    bool mMirroredLocal = false;        // the local scale mirrors
-    bool mMirrored = false;             // the world transform mirrors
-    MathBase::AABBpointsf mWorldBox;    // the mesh's box in world space
+    bool mStatic = true;             // the local transform never changes
+    bool mMirroredLocal = false;     // the local scale mirrors
+    bool mMirrored = false;          // the world transform mirrors
+    MathBase::AABBpointsf mWorldBox; // the mesh's box in world space
     MathBase::Matrix4x4Col mMatLocal;
     MathBase::Matrix4x4Col mMatWorld;
-    Node* mParent;                      // null under the scene root; not owned
+    Node* mParent; // null under the scene root; not owned
 };
 
 // The scene engine. A small XML file names a Y3D file and a scene in it (docs/scenes.md); load() turns that scene into

@@ -29,15 +29,15 @@ public:
     // the buffers are set here; matrices and material are the caller's.
     void render(const Submesh* previous) const;
 
-    bool mInited = false;                      // the GL buffers exist
-    y3d::Submesh* mSource = nullptr;           // until mInited, then null; not owned
+    bool mInited = false;            // the GL buffers exist
+    y3d::Submesh* mSource = nullptr; // until mInited, then null; not owned
     MathBase::AABBpointsf mBoundingBox;
-    BufferARB* mIndexBuffer = nullptr;         // one use is owned; null for a submesh drawn without indices
+    BufferARB* mIndexBuffer = nullptr; // one use is owned; null for a submesh drawn without indices
     unsigned int mNumIndices = 0;
-    unsigned int mFirstIndex = 0;              // in the buffer
-    BufferARB* mVertexBuffer = nullptr;        // one use is owned
-    unsigned int mFirstVertex = 0;             // in the buffer
-    unsigned int mNumVertices = 0;             // in the buffer
+    unsigned int mFirstIndex = 0;       // in the buffer
+    BufferARB* mVertexBuffer = nullptr; // one use is owned
+    unsigned int mFirstVertex = 0;      // in the buffer
+    unsigned int mNumVertices = 0;      // in the buffer
 };
 
 } // namespace Fennel

@@ -7,8 +7,8 @@ class Material;
 class Mesh;
 class Submesh;
 
-// Turns the source data of submeshes into GL buffers. Every submesh gets buffers of its own; instances of one mesh share
-// them because they draw the same Submesh objects.
+// Turns the source data of submeshes into GL buffers. Every submesh gets buffers of its own; instances of one mesh
+// share them because they draw the same Submesh objects.
 class SubmeshManager
 {
 public:

@@ -33,14 +33,14 @@ void checkSubmesh(const std::string& mesh, int index, const y3d::Submesh& submes
         throw Exception("Mesh::load, Submesh %d of mesh '%s' has %zu normals for %zu vertices", index, name,
                         submesh.getNormals()->size(), numVertices);
     if ((format & 4) && submesh.getUVW(0)->size() != numVertices)
-        throw Exception("Mesh::load, Submesh %d of mesh '%s' has %zu texture coordinates for %zu vertices", index,
-                        name, submesh.getUVW(0)->size(), numVertices);
+        throw Exception("Mesh::load, Submesh %d of mesh '%s' has %zu texture coordinates for %zu vertices", index, name,
+                        submesh.getUVW(0)->size(), numVertices);
 
     for (const y3d::Index vertex : *submesh.getIndices())
     {
         if (vertex >= numVertices)
-            throw Exception("Mesh::load, Submesh %d of mesh '%s' has an index to vertex %u of %zu", index, name,
-                            vertex, numVertices);
+            throw Exception("Mesh::load, Submesh %d of mesh '%s' has an index to vertex %u of %zu", index, name, vertex,
+                            numVertices);
     }
 }
 

@@ -49,15 +49,13 @@ const char* requireVertexBufferObjects()
     return emptyPath;
 }
 
-template <typename Object>
-void deleteAll(std::vector<Object*>& objects)
+template <typename Object> void deleteAll(std::vector<Object*>& objects)
 {
     for (Object* object : objects) delete object;
     objects.clear();
 }
 
-template <typename Object>
-Object* findByName(const std::vector<Object*>& objects, const std::string& name)
+template <typename Object> Object* findByName(const std::vector<Object*>& objects, const std::string& name)
 {
     for (Object* object : objects)
     {
@@ -67,8 +65,7 @@ Object* findByName(const std::vector<Object*>& objects, const std::string& name)
 }
 
 // Appends a new object to the list that owns it. The room comes first: nothing is lost if there is none.
-template <typename Object>
-Object* append(std::vector<Object*>& objects, std::unique_ptr<Object> object)
+template <typename Object> Object* append(std::vector<Object*>& objects, std::unique_ptr<Object> object)
 {
     objects.push_back(object.get());
     return object.release();
@@ -113,8 +110,7 @@ void Node::loadMeshInstance(const y3d::MeshInstance* source, Mesh* mesh, Materia
             throw Exception("Mesh '%s' has no material for index %d", mesh->mName.c_str(), static_cast<int>(i));
 
         Material* material = materialManager.getMaterial(name);
-        if (!material)
-            throw Exception("Could not find material '%s' for submesh in '%s'", name.c_str(), mName.c_str());
+        if (!material) throw Exception("Could not find material '%s' for submesh in '%s'", name.c_str(), mName.c_str());
         mMaterials[i] = material;
         submeshManager.addSubmeshJob(&mesh->mSubmeshes[i], mesh, material);
     }
@@ -164,8 +160,7 @@ void Engine::load(AM::ArchiveManager& archive, const std::string& filename)
 void Engine::loadScene(const std::string& filename)
 {
     const AM::File description = mArchiveManager->readFile(filename, -1);
-    if (description.isNull())
-        throw Exception("The scene description '%s' could not be found!", filename.c_str());
+    if (description.isNull()) throw Exception("The scene description '%s' could not be found!", filename.c_str());
 
     Xml::XmlParser parser;
     parser.parse(reinterpret_cast<const char*>(description->data), static_cast<int>(description->length));
@@ -252,8 +247,7 @@ void Engine::loadNode(Node* parent, y3d::SceneNode* source, y3d::Manager* manage
         return;
     case y3d::CHUNK_ARMATURE:
         return;
-    case y3d::CHUNK_MESHINSTANCE:
-    {
+    case y3d::CHUNK_MESHINSTANCE: {
         const y3d::MeshInstance* instance = static_cast<const y3d::MeshInstance*>(source);
         Mesh* mesh = loadMesh(instance->getMeshName(), manager, scene);
         std::unique_ptr<Node> made(new Node(parent));
@@ -261,8 +255,7 @@ void Engine::loadNode(Node* parent, y3d::SceneNode* source, y3d::Manager* manage
         node = append(mNodes, std::move(made));
         break;
     }
-    case y3d::CHUNK_DUMMY:
-    {
+    case y3d::CHUNK_DUMMY: {
         std::unique_ptr<Node> made(new Node(parent));
         made->mName = source->getName();
         made->loadTracks(source);
@@ -283,8 +276,7 @@ void Engine::loadNode(Node* parent, y3d::SceneNode* source, y3d::Manager* manage
             mStaticNodes.push_back(node);
     }
 
-    for (int i = 0; i < source->getNumChildren(); ++i)
-        loadNode(node, source->getChild(i), manager, scene, isStatic);
+    for (int i = 0; i < source->getNumChildren(); ++i) loadNode(node, source->getChild(i), manager, scene, isStatic);
 }
 
 void Engine::addCamera(const y3d::Camera* source)
@@ -330,8 +322,7 @@ void Engine::activateCamera(Camera* camera)
     camera->mAspect = activeAspect;
 }
 
-Xml::IteratorConst Engine::findXmlIterator(Xml::IteratorConst& parent, const std::string& tag,
-                                           const std::string& name)
+Xml::IteratorConst Engine::findXmlIterator(Xml::IteratorConst& parent, const std::string& tag, const std::string& name)
 {
     Xml::IteratorConst child = parent.createIterator(tag);
     std::vector<Xml::IteratorConst> fallback;

@@ -25,14 +25,8 @@ using OwnedBuffer = std::unique_ptr<BufferARB, Release>;
 // GL's name for a vertex layout, 0 for one that it has no name for.
 GLenum interleavedFormat(unsigned int format)
 {
-    switch (format)
-    {
-    case 7: return GL_T2F_N3F_V3F;
-    case 5: return GL_T2F_V3F;
-    case 3: return GL_N3F_V3F;
-    case 1: return GL_V3F;
-    }
-    return 0;
+    static const GLenum formats[8] = {0, GL_V3F, 0, GL_N3F_V3F, 0, GL_T2F_V3F, 0, GL_T2F_N3F_V3F};
+    return format < 8 ? formats[format] : 0;
 }
 
 OwnedBuffer generateBuffer(GLenum contents)

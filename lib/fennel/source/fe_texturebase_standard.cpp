@@ -28,12 +28,9 @@ TextureBaseStandard::TextureBaseStandard(TextureManager* manager, const TextureF
 
 void TextureBaseStandard::createTexture()
 {
-    if ((mFormat.type & TextureFormat::TEXTURE1D) && mFormat.width >= 1 && mFormat.height == 1)
-        mTarget = GL_TEXTURE_1D;
-    if ((mFormat.type & TextureFormat::TEXTURE2D) && mFormat.width > 0 && mFormat.height > 0)
-        mTarget = GL_TEXTURE_2D;
-    if (mTarget == 0)
-        throw Exception("Could not load %dx%d image", mFormat.height, mFormat.width);
+    if ((mFormat.type & TextureFormat::TEXTURE1D) && mFormat.width >= 1 && mFormat.height == 1) mTarget = GL_TEXTURE_1D;
+    if ((mFormat.type & TextureFormat::TEXTURE2D) && mFormat.width > 0 && mFormat.height > 0) mTarget = GL_TEXTURE_2D;
+    if (mTarget == 0) throw Exception("Could not load %dx%d image", mFormat.height, mFormat.width);
 
     GL_CHECKED(glGenTextures(1, &mID));
     GL_CHECKED(glBindTexture(mTarget, mID));

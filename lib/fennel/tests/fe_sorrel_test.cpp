@@ -203,29 +203,6 @@ TEST_F(SorrelTest, whatCannotBeDrawnIsRefusedByName)
     }
 }
 
-TEST_F(SorrelTest, everyBeginningOfAFileLoadsOrIsRefused)
-{
-    SceneFile file;
-    file.material("m", 1, 1, 1, false);
-    file.quad("quad", "m");
-    file.camera(nullptr, "camera", {});
-    file.light(file.instance(nullptr, "node", "quad", {}), {}, {}, 1);
-    file.store(archives);
-    const std::string whole = archives["scene.y3d"];
-    int drawn = 0;
-    for (std::size_t length = 0; length <= whole.size(); ++length)
-    {
-        archives["scene.y3d"] = whole.substr(0, length);
-        gl.calls.clear();
-        if (errorOf() != "loaded") continue;
-        const std::unique_ptr<Engine> engine = load();
-        engine->updateKeyframing(1);
-        engine->draw();
-        drawn += gl.count("glDrawRangeElements");
-    }
-    EXPECT_GT(drawn, 0);
-}
-
 TEST_F(SorrelTest, keyframingIsAFunctionOfTimeAlone)
 {
     SceneFile file;
