@@ -169,8 +169,9 @@ void Ball::drawSphere(float time) const
     glLoadIdentity();
     glTranslatef(0, 0, -10);
     glTranslatef(mPosition.x, mPosition.y, mPosition.z);
-    glRotatef(360 * std::sin(0.25f * time), 1, 0, 0);
-    glRotatef(360 * std::sin(1.3f * time * 0.25f), 0, 1, 0);
+    // In double: what single precision loses of the argument shows in degrees once the entry is minutes old.
+    glRotatef(static_cast<float>(360 * std::sin(0.25 * time)), 1, 0, 0);
+    glRotatef(static_cast<float>(360 * std::sin(1.3 * time * 0.25)), 0, 1, 0);
 
     const float growth = 1 + mStep;
     glDisable(GL_BLEND);

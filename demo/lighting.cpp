@@ -84,11 +84,11 @@ void Lighting::drawFlash(flash& stroke, float delta) const
     const float dy = last.phaseY - first.phaseY;
     const float dz = last.phaseZ - first.phaseZ;
     const auto vertex = [&](const point& p, int i, float radius) {
-        const float share = static_cast<float>(i) / SEGMENTS;
-        glColor4f(stroke.r, stroke.g, stroke.b, mAlpha * std::sin(3.14f * static_cast<float>(i) / SEGMENTS));
-        glVertex3f(first.phaseX + dx * share + radius * std::sin(p.phaseX),
-                   first.phaseY + dy * share + radius * std::cos(p.phaseY),
-                   first.phaseZ + dz * share + radius * std::sin(p.phaseZ));
+        const float at = static_cast<float>(i);
+        glColor4f(stroke.r, stroke.g, stroke.b, mAlpha * std::sin(3.14f * at / SEGMENTS));
+        glVertex3f(first.phaseX + dx * at / SEGMENTS + radius * std::sin(p.phaseX),
+                   first.phaseY + dy * at / SEGMENTS + radius * std::cos(p.phaseY),
+                   first.phaseZ + dz * at / SEGMENTS + radius * std::sin(p.phaseZ));
     };
 
     glBegin(GL_LINES);

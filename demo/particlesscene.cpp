@@ -77,7 +77,8 @@ void ParticlesScene::update(float time, float, float)
     glBlendFunc(GL_SRC_ALPHA, GL_ONE);
 
     glLoadIdentity();
-    glTranslatef(2 * std::sin(1.6f * time), 0, 5 * std::cos(2 * time) - 30);
+    const double t = time; // so that the argument keeps its digits late in an entry
+    glTranslatef(static_cast<float>(2 * std::sin(1.6 * t)), 0, static_cast<float>(5 * std::cos(2 * t) - 30));
     for (int slice = 0; slice < SIDE; ++slice) drawSlice(slice, time);
 
     glEnable(GL_DEPTH_TEST);
@@ -117,7 +118,8 @@ void ParticlesScene::drawSlice(int slice, float t)
     mMatrix.rotateX(4 * sinf(0.25f * t));
     mMatrix.rotateY(4 * sinf(0.29f * t) * cosf(0.26f * t));
     mMatrix.rotateZ(4 * cosf(sinf(0.4f * t + 0.04f * static_cast<float>(slice)) + 0.22f * t));
-    const float size = mExpand + mContract + 2 + std::sin(2 * t) * std::cos(1.5f * t);
+    const double breath = std::sin(2.0 * t) * std::cos(1.5 * t);
+    const float size = static_cast<float>(mExpand + mContract + 2 + breath);
     mMatrix.scale(size, size, size);
     mMatrix.transform(mSource.data(), mTarget.data(), SLICE * slice, SLICE);
 

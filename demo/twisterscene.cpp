@@ -116,14 +116,14 @@ void TwisterScene::makeCelTexture()
 // Each ring lags behind the one before it, which winds the arms.
 void TwisterScene::twist(float time)
 {
-    const float w = time * mSpeed;
+    const double w = time * mSpeed;
     for (int ring = 0; ring < RINGS; ++ring)
     {
-        const float lag = 0.15f * static_cast<float>(ring);
+        const double lag = 0.15 * ring;
         mMatrix.reset();
-        mMatrix.rotateX(1.5f * sinf(w - lag));
-        mMatrix.rotateY(1.5f * sinf(0.7f * w - lag));
-        mMatrix.rotateZ(1.5f * cosf(1.2f * w - lag));
+        mMatrix.rotateX(static_cast<float>(1.5 * std::sin(w - lag)));
+        mMatrix.rotateY(static_cast<float>(1.5 * std::sin(0.7 * w - lag)));
+        mMatrix.rotateZ(static_cast<float>(1.5 * std::cos(1.2 * w - lag)));
         const int first = RING_VERTICES * ring;
         mMatrix.transform(mBaseVertices.data(), mPolyhedron.mVertices.data(), first, RING_VERTICES);
         mMatrix.transform(mBaseNormals.data(), mPolyhedron.mVertexNormals.data(), first, RING_VERTICES);
