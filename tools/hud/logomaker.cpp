@@ -69,8 +69,7 @@ public:
 private:
     static unsigned char level(float light) { return static_cast<unsigned char>(std::lround(light * 255.0f)); }
 
-    template <class Distance>
-    void stroke(float thickness, Colour colour, float strength, const Distance& distance)
+    template <class Distance> void stroke(float thickness, Colour colour, float strength, const Distance& distance)
     {
         for (int y = 0; y < height; ++y)
             for (int x = 0; x < width; ++x)

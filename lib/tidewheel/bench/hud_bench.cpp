@@ -38,8 +38,8 @@ void fill(Script::ScriptEngine& engine)
             Script::Spline* spline = new Script::Spline;
             spline->mType = types[s % 4];
             for (int k = 0; k < 16; ++k)
-                spline->mKeys.push_back(new Script::Spline::Key{4.0f * static_cast<float>(k),
-                                                                std::sin(static_cast<float>(k)), 0.0f});
+                spline->mKeys.push_back(
+                    new Script::Spline::Key{4.0f * static_cast<float>(k), std::sin(static_cast<float>(k)), 0.0f});
             spline->recalculate();
             effect->mSplines.push_back(spline);
         }

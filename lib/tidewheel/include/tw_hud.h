@@ -11,7 +11,7 @@ class Effect;
 class ScriptEngine;
 class Spline;
 class Trigger;
-}
+} // namespace Script
 
 namespace Tidewheel
 {
@@ -23,13 +23,13 @@ struct EffectStatus
 };
 
 // The timeline, shown and edited while it runs. A scrolling list has one row for each top-level entry and, below an
-// expanded one, a row for each trigger and a taller one for each spline. At the right of the names lies a time axis that
-// follows the clock; at the bottom stand the clock and the numbers of the selected row.
+// expanded one, a row for each trigger and a taller one for each spline. At the right of the names lies a time axis
+// that follows the clock; at the bottom stand the clock and the numbers of the selected row.
 //
 // The editor works by keyboard in three states. Browsing moves the selection through the list, and its Ctrl commands
 // make and delete things. Editing stays on the row and moves what is picked in it: an end of the entry, a firing of the
-// trigger, a key of the spline. A text field takes all keys until Return. There is no copy of the timeline: edits change
-// the objects that the show runs on, and act on its next frame.
+// trigger, a key of the spline. A text field takes all keys until Return. There is no copy of the timeline: edits
+// change the objects that the show runs on, and act on its next frame.
 class HUD : public HUDBase
 {
 public:
@@ -63,11 +63,11 @@ public:
     void writeTriggerStatus();
     void writeSplineStatus();
 
-    Script::ScriptEngine* mScriptEngine;     // not owned; the timeline shown
-    int mCurrentEffect;                      // index of the selected entry
-    int mCurrentRow;                         // 0: the entry itself; then its triggers, then its splines
-    int mCurrentPart;                        // picked in edit mode: 0 start, 1 whole, 2 end; or firing, or key
-    bool mStripe;                            // shade of the row being painted
+    Script::ScriptEngine* mScriptEngine; // not owned; the timeline shown
+    int mCurrentEffect;                  // index of the selected entry
+    int mCurrentRow;                     // 0: the entry itself; then its triggers, then its splines
+    int mCurrentPart;                    // picked in edit mode: 0 start, 1 whole, 2 end; or firing, or key
+    bool mStripe;                        // shade of the row being painted
     bool mEditMode;
     std::vector<EffectStatus> mEffectStatus; // parallel to the top-level entries
     float mCursor;                           // seconds from mWindowStart to the clock

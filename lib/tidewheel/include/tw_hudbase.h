@@ -20,8 +20,8 @@ namespace Tidewheel
 //
 // The canvas has a scrolling area, the rows mClipTop up to but not mClipBottom, which shows a part of a longer list.
 // Operations with `scroll` take rows of that list: mScroll is subtracted, and what leaves the area is cut off. Without
-// `scroll` they take rows of the canvas. Columns are not cut: what passes the right edge goes on in the next row, so the
-// caller stays within the width. Whatever the arguments, nothing outside the buffer is touched.
+// `scroll` they take rows of the canvas. Columns are not cut: what passes the right edge goes on in the next row, so
+// the caller stays within the width. Whatever the arguments, nothing outside the buffer is touched.
 class HUDBase
 {
 public:
@@ -69,8 +69,8 @@ public:
     int mScroll;                  // rows by which the scrolling area has moved up
     unsigned char mCharWidth;     // cell of a glyph
     unsigned char mCharHeight;
-    unsigned char* mFont;         // owned; 256 glyphs, a byte for each pixel of the cell, 0 or 1
-    unsigned char* mCharAdvance;  // owned; 256 widths: how far the pen moves behind each character
+    unsigned char* mFont;        // owned; 256 glyphs, a byte for each pixel of the cell, 0 or 1
+    unsigned char* mCharAdvance; // owned; 256 widths: how far the pen moves behind each character
 
 private:
     void loadFont();

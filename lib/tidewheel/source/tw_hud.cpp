@@ -48,10 +48,10 @@ const std::uint32_t splineZero = 0xFFAA2222;
 const std::uint32_t clockLine = 0xFFFF0000;
 const std::uint32_t startLine = 0xFF7777FF;
 
-const int listTop = 30;          // the scrolling area
+const int listTop = 30; // the scrolling area
 const int listBottom = 486;
 const int listHeight = listBottom - listTop;
-const int paintedHeight = 504;   // no row is begun beyond this
+const int paintedHeight = 504; // no row is begun beyond this
 const int axisLeft = 110;
 const float axisWidth = 398.0f;
 const int axisRight = axisLeft + 398;
@@ -68,8 +68,7 @@ float firingTime(const Script::Trigger& trigger, float base, float windowStart, 
 
 // The first index from `first` up to `end` for which `condition` holds, `end` if there is none. From an index on for
 // which it holds, it holds for all.
-template <class Condition>
-int firstIndex(int first, int end, const Condition& condition)
+template <class Condition> int firstIndex(int first, int end, const Condition& condition)
 {
     while (first < end)
     {
@@ -177,7 +176,8 @@ void HUD::drawLogo()
     for (int y = 2; y < 2 + logo->getHeight() && y < mHeight; ++y)
         for (int x = left; x < left + width; ++x, pixel += 4)
             if (x >= 0 && x < mWidth)
-                mData[y * mWidth + x] = 0xFF000000u | static_cast<std::uint32_t>(pixel[2] << 16 | pixel[1] << 8 | pixel[0]);
+                mData[y * mWidth + x] =
+                    0xFF000000u | static_cast<std::uint32_t>(pixel[2] << 16 | pixel[1] << 8 | pixel[0]);
 }
 
 void HUD::redraw()
@@ -274,8 +274,8 @@ int HUD::drawEffect(const Script::Effect& effect, EffectStatus& status, int y, b
     drawBox(2, y, 508, rowHeight, selected ? (mEditMode ? editedRow : selectedRow) : shade, true);
 
     const bool known = mScriptEngine && mScriptEngine->mCallbacks.count(effect.mName) != 0;
-    const bool running = mCursor >= effect.mStart - mWindowStart && mCursor < effect.mEnd - mWindowStart && known &&
-                         effect.mEnabled;
+    const bool running =
+        mCursor >= effect.mStart - mWindowStart && mCursor < effect.mEnd - mWindowStart && known && effect.mEnabled;
     const std::uint32_t nameColour = !effect.mEnabled ? disabledName : running ? runningName : enabledName;
     drawText(effect.mName, 11, y - 1, nameColour, 97, true);
     if (!effect.mTriggers.empty() || !effect.mSplines.empty())
@@ -326,8 +326,10 @@ int HUD::drawTrigger(const Script::Effect& effect, const Script::Trigger& trigge
 
     const Span span = getSpan(effect);
     if (span.visible)
-        drawBox(span.left(), y, span.width(), 11,
-                edited ? triggerBarEdited : selected ? selectedRow : triggerBar, true);
+    {
+        const std::uint32_t barColour = edited ? triggerBarEdited : selected ? selectedRow : triggerBar;
+        drawBox(span.left(), y, span.width(), 11, barColour, true);
+    }
     drawText(trigger.mName, 20, y - 1, effect.mEnabled ? white : disabledName, 78, true);
     drawFirings(trigger, effectStart, y, selected);
 
@@ -349,8 +351,8 @@ void HUD::drawFirings(const Script::Trigger& trigger, float effectStart, int y, 
 
     const int count = std::max(trigger.mRepeat, 0);
     const bool rising = trigger.mDelay >= 0.0f;
-    int first = rising ? firstIndex(0, count, entered)
-                       : firstIndex(0, count, [&](int firing) { return !left(firing); });
+    int first =
+        rising ? firstIndex(0, count, entered) : firstIndex(0, count, [&](int firing) { return !left(firing); });
     const int end = rising ? firstIndex(first, count, left)
                            : firstIndex(first, count, [&](int firing) { return !entered(firing); });
     while (first < end)
@@ -381,7 +383,8 @@ int HUD::drawSpline(const Script::Effect& effect, const Script::Spline& spline, 
     const Span span = getSpan(effect);
     if (span.visible)
     {
-        drawBox(span.left(), y, span.width(), 47, edited ? splineBarEdited : selected ? selectedRow : splineBar, true);
+        const std::uint32_t barColour = edited ? splineBarEdited : selected ? selectedRow : splineBar;
+        drawBox(span.left(), y, span.width(), 47, barColour, true);
         for (int x = span.left(); x < axisLeft + truncate(span.x1); x += 5)
             drawPixel(x, y + splineMiddle, splineZero, true);
         if (!isHidden(y, splineHeight, reachOf(spline, divisor))) drawCurve(spline, span, effectStart, y, divisor);
@@ -492,8 +495,10 @@ void HUD::writeTriggerStatus()
     if (trigger->mRepeat > 1)
     {
         if (mEditMode)
-            drawStatus(formatText("current: %.2f", trigger->mStart + static_cast<float>(mCurrentPart) * trigger->mDelay),
-                       120, 496);
+        {
+            const float current = trigger->mStart + static_cast<float>(mCurrentPart) * trigger->mDelay;
+            drawStatus(formatText("current: %.2f", current), 120, 496);
+        }
         drawStatus(formatText("repeat: %d", trigger->mRepeat), 220, 486);
         drawStatus(formatText("delay: %.2f", trigger->mDelay), 220, 496);
     }

@@ -39,7 +39,7 @@ enum Key
 };
 
 const char caret = '|';
-const float zoomStep = 5.0f;      // seconds
+const float zoomStep = 5.0f; // seconds
 const float newEffectLength = 10.0f;
 const float newPartDistance = 5.0f; // pixels between a new repeat or key and the one before it
 

@@ -34,11 +34,23 @@ inline int truncate(float value)
 }
 
 // A number of things as the int that rows and parts are counted in.
-inline int size(std::size_t count) { return static_cast<int>(count); }
+inline int size(std::size_t count)
+{
+    return static_cast<int>(count);
+}
 
 // The parts of a clock that shows seconds, each whole.
-inline int clockMinutes(float seconds) { return truncate(seconds / 60.0f) % 60; }
-inline int clockSeconds(float seconds) { return truncate(seconds) % 60; }
-inline int clockMilliseconds(float seconds) { return truncate(seconds * 1000.0f) % 1000; }
+inline int clockMinutes(float seconds)
+{
+    return truncate(seconds / 60.0f) % 60;
+}
+inline int clockSeconds(float seconds)
+{
+    return truncate(seconds) % 60;
+}
+inline int clockMilliseconds(float seconds)
+{
+    return truncate(seconds * 1000.0f) % 1000;
+}
 
 } // namespace Tidewheel

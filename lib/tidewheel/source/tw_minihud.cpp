@@ -15,8 +15,8 @@ void MiniHUD::redraw()
     drawBox(0, 0, 64, 32, 0xAA000000, false);
     for (int y = 1; y <= 30; ++y) drawBox(1, y, 63, 1, 0xAA660000, false);
 
-    drawText(formatText("%02d:%02d.%02d", clockMinutes(mTime), clockSeconds(mTime), clockMilliseconds(mTime) / 10), 3, 2,
-             0xFFFFFFFF, 64, false);
+    drawText(formatText("%02d:%02d.%02d", clockMinutes(mTime), clockSeconds(mTime), clockMilliseconds(mTime) / 10), 3,
+             2, 0xFFFFFFFF, 64, false);
     drawText(formatText("fps:%.0f", mFps), 3, 16, 0xFFFFFFFF, 64, false);
 }
 

@@ -71,7 +71,8 @@ void zoomToSeconds(Stage& stage)
 
 std::string splineOf(const char* keys)
 {
-    return "<script><effect name='a' end='40'><spline type='linear'>" + std::string(keys) + "</spline></effect></script>";
+    return "<script><effect name='a' end='40'><spline type='linear'>" + std::string(keys) +
+           "</spline></effect></script>";
 }
 
 } // namespace
@@ -79,9 +80,13 @@ std::string splineOf(const char* keys)
 TEST(HudBrowsing, walksThroughEntriesAndTheRowsOfExpandedOnes)
 {
     Stage stage(threeEntries);
-    const struct { const char* keys; int effect, row; } steps[] = {
-        {"Up", 0, 0}, {"Down Up", 0, 0}, {"Right Down Down Down", 0, 3}, {"Down Down Down", 2, 0},
-        {"Up Up", 0, 3}, {"Left", 0, 0}, {"Down Up", 0, 0}, {"Right Down Left Right", 0, 0}};
+    const struct
+    {
+        const char* keys;
+        int effect, row;
+    } steps[] = {
+        {"Up", 0, 0},   {"Down Up", 0, 0}, {"Right Down Down Down", 0, 3}, {"Down Down Down", 2, 0}, {"Up Up", 0, 3},
+        {"Left", 0, 0}, {"Down Up", 0, 0}, {"Right Down Left Right", 0, 0}};
     for (const auto& step : steps)
     {
         stage.keys(step.keys);
@@ -97,7 +102,7 @@ TEST(HudBrowsing, swapsEntriesAndGoesWithThem)
                    {"^Down", "b; a; c; ", "100"},
                    {"^Down ^Down", "b; c; a; ", "200"},
                    {"^Up", "b; a; c; ", "100"},
-                   {"Right ^Up", "a; -b; c; ", "000"}, // the place stays expanded, not the entry
+                   {"Right ^Up", "a; -b; c; ", "000"},                 // the place stays expanded, not the entry
                    {"^F3 Down ^Down", "-a [new 0]; -b; c; ", "100"}}); // on a trigger row it only moves
 }
 
@@ -105,12 +110,14 @@ TEST(HudBrowsing, makesNewThingsAtTheClock)
 {
     Stage stage(threeEntries);
     stage.time(30.0f); // the window starts at 10
-    follow(stage, {{"Right Down Down ^F3", "-a 1..9 [t 0] [new 29] [u 0] <s linear 0:0 4:2>; b 3..4; c 5..6; ", "020"}});
+    follow(stage, {{"Right Down ^F3", "-a 1..9 [new 29] [t 0] [u 0] <s linear 0:0 4:2>; b 3..4; c 5..6; ", "010"}});
     stage.time(0.5f); // before the entry; from a spline row, ahead of the last trigger
-    follow(stage, {{"Down Down ^F3",
-                    "-a 1..9 [t 0] [new 29] [new 0] [u 0] <s linear 0:0 4:2>; b 3..4; c 5..6; ", "040"},
-                   {"Down ^F4", "-a 1..9 [t 0] [new 29] [new 0] [u 0] <new smooth 0:0 4:1 8:0> <s linear 0:0 4:2>; "
-                                "b 3..4; c 5..6; ", "050"}});
+    follow(stage,
+           {{"Down Down Down ^F3", "-a 1..9 [new 29] [t 0] [new 0] [u 0] <s linear 0:0 4:2>; b 3..4; c 5..6; ", "040"},
+            {"Down ^F4",
+             "-a 1..9 [new 29] [t 0] [new 0] [u 0] <new smooth 0:0 4:1 8:0> <s linear 0:0 4:2>; "
+             "b 3..4; c 5..6; ",
+             "050"}});
     EXPECT_EQ(stage.spline(0).mMax, 1.0f);
 
     Stage empty("<script></script>");
@@ -188,9 +195,10 @@ TEST(HudEditing, repeatsATriggerAndMovesItsFirings)
                    {"^Left ^Left ^Left ^Left ^Left ^Left ^Left", "-a [t 0 x3 +0.5]; ", "012"}, // never all at once
                    {"Delete", "-a [t 0 x2 +0.5]; ", "011"}});
     stage.trigger(0).mRepeat = 2147483647;
-    follow(stage, {{"Insert", "-a [t 0 x2147483647 +0.5]; ", "011"}});
+    stage.trigger(0).mDelay = 2.25f;
+    follow(stage, {{"Right Insert ^Left ^Left ^Left", "-a [t 0 x2147483647 +0.75]; ", "012"}});
     stage.trigger(0).mRepeat = 0;
-    follow(stage, {{"Right", "-a [t 0 x0 +0.5]; ", "010"}});
+    follow(stage, {{"Right", "-a [t 0 x0 +0.75]; ", "010"}});
 }
 
 TEST(HudEditing, movesKeysUpToTheirNeighbours)
@@ -234,19 +242,21 @@ TEST(HudSaving, writesWhatWasEdited)
     Stage stage("<script><effect name='known' start='1' end='2'/></script>");
     zoomToSeconds(stage);
     stage.time(12.0f);
-    stage.keys("^F2 ^n e r Return ^F3 Down Return Insert Return ^v 0 0 7 Return Up ^o ^F4 Down Down Return Right ^Up ^Right");
-    EXPECT_EQ(stage.saved(), "<script>\n"
-                             "\t<effect name=\"newer\" start=\"12\" end=\"22\">\n"
-                             "\t\t<trigger start=\"0\" name=\"new\" value=\"007\" repeat=\"2\" delay=\"5\"/>\n"
-                             "\t\t<spline name=\"new\" type=\"smooth\" timescale=\"1\" timeoffset=\"0\" valuescale=\"1\""
-                             " valueoffset=\"0\">\n"
-                             "\t\t\t<key time=\"0\" value=\"0\"/>\n"
-                             "\t\t\t<key time=\"6\" value=\"2\"/>\n"
-                             "\t\t\t<key time=\"10\" value=\"0\"/>\n"
-                             "\t\t</spline>\n"
-                             "\t</effect>\n"
-                             "\t<effect name=\"known\" start=\"1\" end=\"2\"/>\n"
-                             "</script>\n");
+    stage.keys(
+        "^F2 ^n e r Return ^F3 Down Return Insert Return ^v 0 0 7 Return Up ^o ^F4 Down Down Return Right ^Up ^Right");
+    EXPECT_EQ(stage.saved(),
+              "<script>\n"
+              "\t<effect name=\"newer\" start=\"12\" end=\"22\">\n"
+              "\t\t<trigger start=\"0\" name=\"new\" value=\"007\" repeat=\"2\" delay=\"5\"/>\n"
+              "\t\t<spline name=\"new\" type=\"smooth\" timescale=\"1\" timeoffset=\"0\" valuescale=\"1\""
+              " valueoffset=\"0\">\n"
+              "\t\t\t<key time=\"0\" value=\"0\"/>\n"
+              "\t\t\t<key time=\"6\" value=\"2\"/>\n"
+              "\t\t\t<key time=\"10\" value=\"0\"/>\n"
+              "\t\t</spline>\n"
+              "\t</effect>\n"
+              "\t<effect name=\"known\" start=\"1\" end=\"2\"/>\n"
+              "</script>\n");
 }
 
 // Whatever is pressed, on whatever script, the editor stands on something and what it saves is read again.
@@ -258,13 +268,15 @@ TEST(HudSaving, noSequenceOfKeysBreaksTheTimeline)
         "<script><effect name='" + name + "' start='9' end='3'><trigger name='" + name + "' value='" + name +
             "' repeat='1000000' delay='0.0001'/><trigger start='-inf' repeat='-3'/><trigger repeat='5' delay='nan'/>"
             "<spline timescale='0' valuescale='0'><key/><key time='1' value='1'/></spline>"
-            "<spline name='" + name + "' type='bezier' valuescale='1e38'><key time='nan' value='inf'/><key value='nan'/>"
+            "<spline name='" +
+            name +
+            "' type='bezier' valuescale='1e38'><key time='nan' value='inf'/><key value='nan'/>"
             "<key value='-1e38'/></spline><spline type='linear' timeoffset='inf'><key/></spline></effect>"
             "<effect name='known' start='-inf' end='inf'><spline timescale='1e-40'><key value='5'/></spline></effect>"
             "<effect name='known' start='nan' end='nan'><trigger/><effect name='known'/></effect></script>"};
-    const char* const keys[] = {"Return", "Return", "Up", "Up", "Down", "Down", "Down", "Left", "Right", "Right", "Right",
-                                "Insert", "Insert", "Delete", "F2", "F3", "F4", "Plus", "Minus", "n", "o", "t", "v",
-                                "Backspace", "Quote", "<", "|"};
+    const char* const keys[] = {"Return", "Return", "Up",     "Up",     "Down",   "Down",      "Down",  "Left", "Right",
+                                "Right",  "Right",  "Insert", "Insert", "Delete", "F2",        "F3",    "F4",   "Plus",
+                                "Minus",  "n",      "o",      "t",      "v",      "Backspace", "Quote", "<",    "|"};
     const float times[] = {0.0f, 3.0f, 33.0f, 1e9f, -50.0f, 3e38f, -INFINITY, NAN};
     std::mt19937 random(7);
     for (const std::string& script : scripts)

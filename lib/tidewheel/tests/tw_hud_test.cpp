@@ -36,9 +36,17 @@ void expectPixels(const Stage& stage, std::initializer_list<Point> points)
 TEST(HudView, standsInAFrameWithTheLogo)
 {
     Stage stage("<script></script>");
-    expectPixels(stage, {{0, 0, 0}, {0, 10, white}, {511, 511, white}, {40, 2, 0xFF000000}, {5, 28, white},
-                         {5, 29, 0xFF000000}, {5, 486, white}, {109, 509, white}, {300, 300, 0xCC333344},
-                         {300, 505, 0xCC333344}, {20, 508, 0xFF000000}});
+    expectPixels(stage, {{0, 0, 0},
+                         {0, 10, white},
+                         {511, 511, white},
+                         {40, 2, 0xFF000000},
+                         {5, 28, white},
+                         {5, 29, 0xFF000000},
+                         {5, 486, white},
+                         {109, 509, white},
+                         {300, 300, 0xCC333344},
+                         {300, 505, 0xCC333344},
+                         {20, 508, 0xFF000000}});
 
     const AM::Image logo = stage.mArchive.loadImage("tidewheel_logo.png", -1, false);
     const unsigned char* data = logo->getData();
@@ -78,7 +86,7 @@ TEST(HudView, anEntrysBarTellsItsState)
         stage.effect(0).mEnabled = test.enabled;
         stage.keys(test.edit);
         stage.time(test.time);
-        EXPECT_EQ(pixel(stage.mHud, 205, 32), test.bar) << test.name;   // beside the text in the bar
+        EXPECT_EQ(pixel(stage.mHud, 205, 32), test.bar) << test.name; // beside the text in the bar
         EXPECT_EQ(pixel(stage.mHud, 205, 35), test.inner) << test.name;
         EXPECT_EQ(pixel(stage.mHud, 129, 32), test.left) << test.name;  // 2 s: 19.9 columns
         EXPECT_EQ(pixel(stage.mHud, 209, 38), test.right) << test.name; // 10 s: 99.5 columns
@@ -123,7 +131,10 @@ TEST(HudView, aTriggersRowMarksItsFirings)
     EXPECT_EQ(pixel(stage.mHud, 139, 42), 0xCC003F00u);
 
     stage.keys("Down Return Right Right");
-    expectPixels(stage, {{columns[2], 43, red}, {columns[1], 43, white}, {5, 45, 0xEE000000}, {150, 45, 0xEE002200},
+    expectPixels(stage, {{columns[2], 43, red},
+                         {columns[1], 43, white},
+                         {5, 45, 0xEE000000},
+                         {150, 45, 0xEE002200},
                          {300, 45, 0xEE000000}});
 
     stage.trigger(0).mStart = 3.0f; // 5 s, the left end of the window
@@ -134,11 +145,24 @@ TEST(HudView, aTriggersRowMarksItsFirings)
 TEST(HudView, anyNumberOfFiringsIsMarkedAsIfOneByOne)
 {
     const float infinite = std::numeric_limits<float>::infinity();
-    const struct { float start; int repeat; float delay; int fired, part; } cases[] = {
-        {1.0f, 100, 0.25f, 7, 9},   {-30.0f, 1000000, 0.001f, 40000, 3}, {-300.0f, 1000000, 0.01f, 30500, 31000},
-        {60.0f, 300, -0.3f, 90, 95}, {5.0f, 4, 0.0f, 2, 3},               {5.0f, 4, 0.0f, 4, 0},
-        {1e9f, 1000, -1e6f, 0, 0},  {5.0f, 0, 1.0f, 0, 0},               {5.0f, -7, 1.0f, 0, 0},
-        {5.0f, 3, infinite, 0, 0},  {infinite, 3, 1.0f, 0, 0},           {20.0f, 1000000, 1e-30f, 0, 999999}};
+    const struct
+    {
+        float start;
+        int repeat;
+        float delay;
+        int fired, part;
+    } cases[] = {{1.0f, 100, 0.25f, 7, 9},
+                 {-30.0f, 1000000, 0.001f, 40000, 3},
+                 {-300.0f, 1000000, 0.01f, 30500, 31000},
+                 {60.0f, 300, -0.3f, 90, 95},
+                 {5.0f, 4, 0.0f, 2, 3},
+                 {5.0f, 4, 0.0f, 4, 0},
+                 {1e9f, 1000, -1e6f, 0, 0},
+                 {5.0f, 0, 1.0f, 0, 0},
+                 {5.0f, -7, 1.0f, 0, 0},
+                 {5.0f, 3, infinite, 0, 0},
+                 {infinite, 3, 1.0f, 0, 0},
+                 {20.0f, 1000000, 1e-30f, 0, 999999}};
     for (const auto& test : cases)
     {
         Stage stage(entryWith("<trigger/>"));
@@ -157,8 +181,9 @@ TEST(HudView, anyNumberOfFiringsIsMarkedAsIfOneByOne)
         {
             const float t = 0.0f + test.start + static_cast<float>(k) * test.delay - 0.0f;
             if (t > 0.0f && t < 40.0f)
-                expected[110 + static_cast<int>(t * 398.0f / 40.0f)] =
-                    k == test.part ? red : k < test.fired ? 0xFF777777 : white;
+                expected[110 + static_cast<int>(t * 398.0f / 40.0f)] = k == test.part   ? red
+                                                                       : k < test.fired ? 0xFF777777
+                                                                                        : white;
         }
         for (int x = 111; x < 508; ++x) // the clock stands at 110
         {
@@ -175,7 +200,7 @@ TEST(HudView, anyNumberOfFiringsIsMarkedAsIfOneByOne)
 
 TEST(HudView, aSplinesRowShowsTheCurve)
 {
-    Stage stage(entryWith("<spline name='height' type='linear'><key time='0' value='0'/><key time='20' value='1'/>"
+    Stage stage(entryWith("<spline name='height' type='linear'><key time='0' value='0'/><key time='20' value='0.5'/>"
                           "<key time='40' value='0'/></spline>"));
     stage.keys("Right");
     const int y = 42;
@@ -183,14 +208,17 @@ TEST(HudView, aSplinesRowShowsTheCurve)
     EXPECT_TRUE(hasText(stage.mHud, "linear", 25, y + 11, 0xFFAAAAAA));
     expectPixels(stage, {{5, y + 47, 0xCC550000}, {400, y + 46, 0xCC550000}, {400, y + 47, 0xCC333344}});
     expectPixels(stage, {{400, y + 23, 0xFFFF2222}, {401, y + 23, 0xCC550000}}); // zero line, every fifth column
-    expectPixels(stage, {{210, y + 12, 0xEE776666}, {210, y + 11, 0xCC550000}}); // 10.05 s: 11.06 rows up
-    expectPixels(stage, {{308, y + 1, white}, {309, y + 1, white}, {310, y + 1, white}, {309, y, white},
-                         {309, y + 2, white}}); // the key at 20 s, 22 rows up
+    expectPixels(stage, {{210, y + 18, 0xEE776666}, {210, y + 17, 0xCC550000}}); // 10.05 s: 5.5 rows up
+    expectPixels(stage, {{308, y + 12, white},
+                         {309, y + 12, white},
+                         {310, y + 12, white},
+                         {309, y + 11, white},
+                         {309, y + 13, white}});      // the key at 20 s, 11 rows up
     expectPixels(stage, {{507, y + 23, 0xEE776666}}); // the last key lies at the end of the window, and so past it
 
     stage.keys("Down Return Right");
-    expectPixels(stage, {{309, y + 1, 0xFFFF6666}, {309, y, red}, {130, y + 40, 0xEE440000},
-                         {5, y + 40, 0xEE000000}});
+    expectPixels(stage,
+                 {{309, y + 12, 0xFFFF6666}, {309, y + 11, red}, {130, y + 40, 0xEE440000}, {5, y + 40, 0xEE000000}});
 }
 
 TEST(HudView, steepCurvesHaveNoGapsAndStayInTheList)
@@ -255,7 +283,7 @@ TEST(HudView, clockAndStartStandOnTheAxis)
     EXPECT_TRUE(hasText(stage.mHud, "fps : 59.99", 19, 496, white));
     for (int row = 30; row < 486; ++row)
     {
-        EXPECT_EQ(pixel(stage.mHud, 309, row), row % 3 == 2 ? 0xCC333344 : red);       // 20 s into the window
+        EXPECT_EQ(pixel(stage.mHud, 309, row), row % 3 == 2 ? 0xCC333344 : red);        // 20 s into the window
         EXPECT_EQ(pixel(stage.mHud, 154, row), row % 5 == 0 ? 0xFF7777FF : 0xCC333344); // 4.5 s into it
     }
     stage.time(3.0f, 43.0f); // near the start the clock runs in from the left; the start line is past the window

@@ -45,7 +45,10 @@ struct Canvas : HUDBase
 };
 
 // Cells of 8 by 12 without ink, but for a pixel (column, row) of each of these codes.
-struct Ink { int code, column, row; };
+struct Ink
+{
+    int code, column, row;
+};
 std::string makeFont(std::initializer_list<Ink> ink)
 {
     std::string font = "SBF!\x08\x0C" + std::string(32 * 96, '\0');
@@ -78,11 +81,17 @@ TEST(HudFont, brokenFilesAreNamed)
 {
     const char* const noFont = "Font not an Sandrift Binary Font -!-\n";
     const std::string good = makeFont({});
-    const struct { const char* name; std::string file; std::string error; } cases[] = {
+    const struct
+    {
+        const char* name;
+        std::string file;
+        std::string error;
+    } cases[] = {
         {"empty", "", noFont},
         {"tag cut", "SBF", noFont},
         {"wrong tag", "SBF?" + good.substr(4), noFont},
-        {"no cell size", good.substr(0, 5), "HUDBase::loadFont, File is too short (tidewheel.font): expected 6 bytes, got 5"},
+        {"no cell size", good.substr(0, 5),
+         "HUDBase::loadFont, File is too short (tidewheel.font): expected 6 bytes, got 5"},
         {"a byte short", good.substr(0, 3077),
          "HUDBase::loadFont, File is too short (tidewheel.font): expected 3078 bytes, got 3077"},
         {"good", good, ""},
@@ -146,9 +155,11 @@ TEST(HudCanvas, scrolledBoxesAreCutToTheArea)
 {
     ShowArchive archive;
     Canvas canvas(archive);
-    const struct { int y, height, first, rows; } cases[] = {
-        {140, 10, 40, 10}, {125, 10, 30, 5}, {195, 10, 95, 5}, {190, 10, 90, 10},
-        {110, 10, 0, 0},   {210, 10, 0, 0},  {120, 90, 0, 0},  {140, -3, 0, 0}, {140, 0, 0, 0}};
+    const struct
+    {
+        int y, height, first, rows;
+    } cases[] = {{140, 10, 40, 10}, {125, 10, 30, 5}, {195, 10, 95, 5}, {190, 10, 90, 10}, {110, 10, 0, 0},
+                 {210, 10, 0, 0},   {120, 90, 0, 0},  {140, -3, 0, 0},  {140, 0, 0, 0}};
     for (const auto& test : cases)
     {
         canvas.resize(512, 512);

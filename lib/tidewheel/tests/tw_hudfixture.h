@@ -47,9 +47,9 @@ struct Stage
     void keys(const std::string& text)
     {
         static const std::map<std::string, int> named = {
-            {"Backspace", 8}, {"Return", 13}, {"Blank", 32}, {"Delete", 127}, {"Minus", 269}, {"Plus", 270},
-            {"Up", 273}, {"Down", 274}, {"Right", 275}, {"Left", 276}, {"Insert", 277}, {"NumLock", 300},
-            {"F2", 283}, {"F3", 284}, {"F4", 285}, {"Quote", '"'}, {"Caret", '^'}};
+            {"Backspace", 8}, {"Return", 13}, {"Blank", 32},  {"Delete", 127}, {"Minus", 269},  {"Plus", 270},
+            {"Up", 273},      {"Down", 274},  {"Right", 275}, {"Left", 276},   {"Insert", 277}, {"NumLock", 300},
+            {"F2", 283},      {"F3", 284},    {"F4", 285},    {"Quote", '"'},  {"Caret", '^'}};
         std::istringstream words(text);
         for (std::string word; words >> word;)
         {
@@ -94,8 +94,8 @@ inline std::uint32_t pixel(const Tidewheel::HUDBase& hud, int x, int y)
     return hud.mData[y * hud.mWidth + x];
 }
 
-// Does `text` stand at (x, y) in this colour, with all its ink and nothing of the colour in between? The cells' first two
-// rows hold no letters, and may lie on a line of the frame or on a descender of the text above.
+// Does `text` stand at (x, y) in this colour, with all its ink and nothing of the colour in between? The cells' first
+// two rows hold no letters, and may lie on a line of the frame or on a descender of the text above.
 inline bool hasText(const Tidewheel::HUDBase& hud, const std::string& text, int x, int y, std::uint32_t colour)
 {
     for (const char character : text)
