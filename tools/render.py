@@ -424,8 +424,8 @@ def parse(arguments):
                "Ctrl+C ends the rendering and keeps what was written.")
     parser.add_argument("output", metavar="OUT", nargs="?", type=Path,
                         help="a folder for numbered PNG files, or a video that ends in .mp4 or .mkv")
-    parser.add_argument("--from", dest="start", type=seconds, metavar="SECONDS", default=0.0,
-                        help="where in the show to begin (0)")
+    parser.add_argument("--from", dest="start", type=seconds, metavar="SECONDS",
+                        help="where in the show to begin (0; for a contact sheet 1, between the cuts)")
     parser.add_argument("--to", dest="end", type=seconds, metavar="SECONDS", help="where to end (the show's end)")
     parser.add_argument("--fps", type=ratio, metavar="RATE", help="frames a second: 25, 29.97 or 30000/1001 (30)")
     parser.add_argument("--frameskip", type=int, metavar="N",
@@ -439,9 +439,11 @@ def parse(arguments):
         parser.error("give either OUT or --contact-sheet OUT.png")
     if options.frameskip is None:
         # A sheet's frames lie far apart; what builds up over frames needs steps in between.
-        options.frameskip = 50 if options.sheet and not options.fps else 1
+        options.frameskip = 24 if options.sheet and not options.fps else 1
     if not 1 <= options.frameskip <= 1000:
         parser.error("--frameskip must lie between 1 and 1000")
+    if options.start is None:
+        options.start = 1.0 if options.sheet else 0.0
     options.fps_numerator, options.fps_denominator = options.fps or ((1, 2) if options.sheet else (30, 1))
     options.fps = options.fps_numerator / options.fps_denominator
     return options
