@@ -20,8 +20,8 @@ namespace ChunkLib
 //     }
 //
 // Nothing is ever read outside the innermost open chunk, and a stream is not trusted:
-// - a chunk that claims more than its parent (or the block) holds is clipped to it, so the lengths of all open chunks
-//   are true ones, and a count taken from one is no larger than the data that is there,
+// - a chunk that claims more than its parent (or the block) holds is clipped to it, so a length field never tells more
+//   than there is, nor does a count taken from it; an implicit length stays that of its type, and reads in it fail,
 // - the identifier 0, which no file has, ends a level like the end of the chunk,
 // - chunks inside MAX_LEVELS others are not opened, so that a reader which recurses cannot run out of stack. A reader
 //   that wants to tell what is left out looks at the depth of the stack before.
@@ -71,7 +71,7 @@ public:
     struct ChunkData
     {
         uint16 mID;
-        uint32 mLength;     // of the payload
+        uint32 mLength;     // of the payload; an implicit one is told in full where the block ends before
         uint32 mLastOffset; // of the first byte behind the payload
     };
 

@@ -43,11 +43,12 @@ uint16 ReadBuffer::openChunk()
         return 0;
     }
 
-    uint32 length = mBDT.getImplicitLength(id, mFlags);
-    if (length == 0 && !read(length)) return 0;
+    const uint32 implicit = mBDT.getImplicitLength(id, mFlags);
+    uint32 length = implicit;
+    if (implicit == 0 && !read(length)) return 0;
 
     length = std::min(length, getEnd() - mOffset);
-    mChunkStack.push({id, length, mOffset + length});
+    mChunkStack.push({id, implicit != 0 ? implicit : length, mOffset + length});
     return id;
 }
 

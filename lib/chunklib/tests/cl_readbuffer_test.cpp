@@ -138,7 +138,7 @@ TEST(ReadBuffer, brokenChunkIsClippedOrEndsItsLevelAndTheOneBehindItsParentIsFou
         {"three bytes of a length", {0x10, 0xF0, 4, 0, 0}, 0, 0},
         {"longer than its parent", {0x10, 0xF0, 9, 0, 0, 0, 1, 2}, 0xF010, 2},
         {"a length that wraps", {0x10, 0xF0, 0xFF, 0xFF, 0xFF, 0xFF, 1, 2, 3}, 0xF010, 3},
-        {"an implicit length cut off", {0x07, 0xF0, 1, 2, 3}, 0xF007, 3},
+        {"an implicit length cut off", {0x07, 0xF0, 1, 2, 3}, 0xF007, 16},
     };
     for (const auto& test : cases)
     {
