@@ -63,7 +63,7 @@ void TrackColor4f::writeChunk(ChunkLib::WriteBuffer& buffer, unsigned short id) 
 
 Color4f TrackColor4f::getValue(float time) const
 {
-    return Color4f(mR.getValue(time), mG.getValue(time), mB.getValue(time), mA.getValue(time));
+    return Color4f{mR.getValue(time), mG.getValue(time), mB.getValue(time), mA.getValue(time)}; // braces: in this order
 }
 
 } // namespace y3d

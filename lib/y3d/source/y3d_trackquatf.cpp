@@ -87,16 +87,16 @@ void TrackQuatf::writeChunk(ChunkLib::WriteBuffer& buffer, unsigned short id) co
 
 Quatf TrackQuatf::getValue(float time) const
 {
-    const Vector3f vector(mX.getValue(time), mY.getValue(time), mZ.getValue(time));
+    // Braces, so that the curves are evaluated, and report bad keys, in this order.
     if (!mEuler)
     {
-        Quatf rotation(mW.getValue(time), vector.x, vector.y, vector.z);
+        Quatf rotation{mW.getValue(time), mX.getValue(time), mY.getValue(time), mZ.getValue(time)};
         rotation.normalizeOrIdentity();
         return rotation;
     }
 
     Quatf rotation;
-    rotation.fromBlenderEuler(vector);
+    rotation.fromBlenderEuler(Vector3f{mX.getValue(time), mY.getValue(time), mZ.getValue(time)});
     return std::isfinite(rotation.length()) ? rotation : Quatf();
 }
 

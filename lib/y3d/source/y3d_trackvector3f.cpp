@@ -56,7 +56,7 @@ void TrackVector3f::writeChunk(ChunkLib::WriteBuffer& buffer, unsigned short id)
 
 MathBase::Vector3f TrackVector3f::getValue(float time) const
 {
-    return MathBase::Vector3f(mX.getValue(time), mY.getValue(time), mZ.getValue(time));
+    return MathBase::Vector3f{mX.getValue(time), mY.getValue(time), mZ.getValue(time)}; // braces: in this order
 }
 
 bool TrackVector3f::isStatic() const

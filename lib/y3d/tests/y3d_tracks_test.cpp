@@ -178,6 +178,17 @@ TEST(TrackBlenderFloat, tellsOfKeysOutOfOrderAndOfSegmentsWithoutARoot)
     EXPECT_FLOAT_EQ(backwards.getValue(5.0f), 6.0f);
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "error (10.000000,0.000000),5.000000!\n");
 
+    // The curves of a track come in the order of their components.
+    TrackQuatf track;
+    track.mW = backwards;
+    track.mX = curveOf(1, 2, {key(11, 4), key(0, 8)});
+    track.mY = curveOf(1, 2, {key(12, 4), key(0, 8)});
+    testing::internal::CaptureStdout();
+    track.getValue(5.0f);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "error (10.000000,0.000000),5.000000!\n"
+                                                      "error (11.000000,0.000000),5.000000!\n"
+                                                      "error (12.000000,0.000000),5.000000!\n");
+
     Curve broken = curveOf(2, 3, TWO);
     broken.mKeys[0].mHandleOut.x = std::nanf("");
     testing::internal::CaptureStdout();
