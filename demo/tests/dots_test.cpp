@@ -14,19 +14,8 @@ TEST(Boolean, drawsACubeOfOutwardFaces)
     ASSERT_EQ(gl.primitives.size(), 1u);
     const std::vector<GLRecorder::Vertex>& corners = gl.primitives[0].vertices;
     ASSERT_EQ(corners.size(), 24u);
-    for (size_t face = 0; face < 24; face += 4)
-    {
-        float middle[3], a[3], b[3];
-        for (int i = 0; i < 3; ++i)
-        {
-            middle[i] = (corners[face].eye[i] + corners[face + 2].eye[i]) / 2;
-            a[i] = corners[face + 1].eye[i] - corners[face].eye[i];
-            b[i] = corners[face + 2].eye[i] - corners[face + 1].eye[i];
-        }
-        const float outward = middle[0] * (a[1] * b[2] - a[2] * b[1]) + middle[1] * (a[2] * b[0] - a[0] * b[2]) +
-                              middle[2] * (a[0] * b[1] - a[1] * b[0]);
-        EXPECT_FLOAT_EQ(outward, 0.5f); // counter-clockwise from outside, edges of 1, half a unit from the middle
-    }
+    for (size_t face = 0; face < 6; ++face)
+        EXPECT_FLOAT_EQ(outward(corners, face, {0, 0, 0}), 0.5f); // edges of 1, half a unit from the middle
 }
 
 TEST(Boolean, leavesItsSmallViewportToPixels)

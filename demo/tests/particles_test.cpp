@@ -6,18 +6,12 @@
 #include "sun.h"
 
 #include <cmath>
-#include <cstdlib>
 
 using GLRecorder::gl;
 using GLRecorder::Vertex;
 
 namespace
 {
-
-float unit()
-{
-    return static_cast<float>(std::rand()) / 2147483648.0f;
-}
 
 // What the viewer sees halfway between two corners, along one axis.
 float middle(const std::vector<Vertex>& corners, size_t a, size_t b, size_t axis)
@@ -94,7 +88,7 @@ TEST(ParticlesScene, twistsItsSlicesAboutTheLineOfSight)
         ASSERT_NEAR(streak[0].eye[2], 3 * (-2.5f + 0.41666666f * slice) - 25, 1e-3f);
         ASSERT_NEAR(streak[3].eye[0] - streak[0].eye[0], 2 * 0.4f * 10.8f, 1e-4f);
         ASSERT_NEAR(streak[0].eye[1] - streak[3].eye[1], 2 * 0.4f * 2.8f, 1e-4f);
-        ASSERT_NEAR(streak[0].color[3], 1 - 0.2f * unit(), 1e-6f);
+        ASSERT_NEAR(streak[0].color[3], 1 - 0.2f * nextUnit(), 1e-6f);
     }
     EXPECT_EQ(std::rand(), next);
 }
@@ -110,14 +104,14 @@ TEST(Crowds, areTheSameForTheSameRandomNumbers)
     std::srand(7);
     float u[9];
     for (int i = 0; i < 2000; ++i)
-        for (float& number : u) number = unit(); // two of the nine are not used
+        for (float& number : u) number = nextUnit(); // two of the nine are not used
     const Fire::Particle& particle = fire.mParticles.at(1999);
     EXPECT_FLOAT_EQ(particle.angle, 6.28f * u[0]);
     EXPECT_FLOAT_EQ(particle.distance, 2 * u[1]);
     EXPECT_FLOAT_EQ(particle.rotationX, 360 * u[4]);
     EXPECT_NEAR(particle.speed, 0.001f + 0.014f * u[7], 1e-8f);
     EXPECT_NEAR(particle.size, 0.09f + 0.09f * u[8], 1e-7f);
-    for (int i = 0; i < 2000 * 3; ++i) u[i % 3] = unit();
+    for (int i = 0; i < 2000 * 3; ++i) u[i % 3] = nextUnit();
     const Sun::stardate& star = *sun.mStars.at(1999);
     EXPECT_NEAR(star.x, 2 * u[0] - 1, 1e-6f);
     EXPECT_NEAR(star.y, 2 * u[1] - 1, 1e-6f);
@@ -167,7 +161,7 @@ TEST(Sun, bendsItsCloudAndSpinsItsSparks)
     stage.draw(sun, 0.9f); // a quarter turn clockwise
     std::srand(2);
     const std::vector<Vertex> corners = gl.primitives.at(0).vertices;
-    EXPECT_NEAR(corners[0].color[3], 2 * (0.1f * unit() + 0.2f), 1e-6f);
+    EXPECT_NEAR(corners[0].color[3], 2 * (0.1f * nextUnit() + 0.2f), 1e-6f);
     const float x = 0.9f + 0.5f * 2 * 0.9f; // (0.5 + 0.1) and half as much again
     EXPECT_NEAR(corners[0].eye[0], x + 0.05f, 1e-5f);
     EXPECT_NEAR(corners[0].eye[1], 0.5f + 0.05f, 1e-5f);
