@@ -357,12 +357,14 @@ void Base::processStartKey(const Event& event)
     setMusicTime(mStartTime);
 }
 
-// Five pixels of the HUD's axis forward or back, with Ctrl and with Shift five more each.
+// Five pixels of the HUD's axis forward or back, with Ctrl and with Shift five more each. Back ends at 0; forward also
+// goes on from a start that lies before it.
 void Base::seek(const Event& event, float direction)
 {
     const float distance = mHUD->getTimePerPixel() * 5.0f;
     const float factor = 1.0f + (event.ctrl ? 1.0f : 0.0f) + (event.shift ? 1.0f : 0.0f);
-    setMusicTime(std::max(getMusicTime() + direction * factor * distance, 0.0f));
+    const float target = getMusicTime() + direction * factor * distance;
+    setMusicTime(direction < 0.0f ? std::max(target, 0.0f) : target);
 }
 
 void Base::togglePause()
