@@ -275,26 +275,47 @@ class Encoder:
             raise RenderError("ffmpeg could not write the video; its message stands above")
 
 
-def command_line():
-    """The program, under a virtual display where there is none."""
-    program = ["./" + PROGRAM.name]
-    if os.environ.get("DISPLAY") or os.environ.get("WAYLAND_DISPLAY"):
-        return program
-    if not shutil.which("xvfb-run"):
-        raise RenderError("there is no display, and xvfb-run is not installed")
-    # -noreset: the display would reset itself when SDL's first connection closes.
-    return ["xvfb-run", "-a", "-s", "-screen 0 2048x2048x24 -noreset"] + program
+class Display:
+    """The user's display, or a virtual one for the length of a `with` where there is none."""
+
+    def __enter__(self):
+        self.server = None
+        self.environment = dict(os.environ, SDL_AUDIODRIVER="dummy")
+        if os.environ.get("DISPLAY") or os.environ.get("WAYLAND_DISPLAY"):
+            return self
+        if not shutil.which("Xvfb"):
+            raise RenderError("there is no display, and Xvfb is not installed")
+        read_end, write_end = os.pipe()
+        # -noreset: the display would reset itself when SDL's first connection closes. A session of its own, so that
+        # Ctrl+C reaches the program first.
+        self.server = subprocess.Popen(
+            ["Xvfb", "-displayfd", str(write_end), "-screen", "0", "2048x2048x24", "-noreset", "-nolisten", "tcp"],
+            pass_fds=[write_end], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+            start_new_session=True)
+        os.close(write_end)
+        with os.fdopen(read_end) as pipe:
+            number_of_display = pipe.readline().strip()
+        if not number_of_display:
+            self.__exit__()
+            raise RenderError("the virtual display Xvfb did not start")
+        self.environment["DISPLAY"] = ":" + number_of_display
+        return self
+
+    def __exit__(self, *_):
+        if self.server:
+            self.server.terminate()
+            self.server.wait()
 
 
 def stop(process):
-    """Ends program and virtual display in an orderly way, and for good if that takes too long."""
+    """Ends the program in an orderly way, and for good if that takes too long."""
     if process.poll() is not None:
         return
-    subprocess.run(["pkill", "-TERM", "-g", str(process.pid), "-x", PROGRAM.name[:15]], check=False)
+    process.terminate()
     try:
         process.wait(10)
     except subprocess.TimeoutExpired:
-        os.killpg(process.pid, signal.SIGKILL)
+        process.kill()
         process.wait()
 
 
@@ -312,10 +333,20 @@ def is_finished(path, process, following):
 
 def dump(folder, frames, first_name, times, encoder, options, interrupted):
     """Runs the program until the wanted frames are there; returns how many there are."""
-    environment = dict(os.environ, SDL_AUDIODRIVER="dummy")
-    log = open(folder / "log", "w+", encoding="utf-8", errors="replace")
-    process = subprocess.Popen(command_line(), cwd=folder / "bin", env=environment, start_new_session=True,
-                               stdin=subprocess.DEVNULL, stdout=log, stderr=subprocess.STDOUT)
+    with Display() as display, open(folder / "log", "w+", encoding="utf-8", errors="replace") as log:
+        process = subprocess.Popen([str(PROGRAM)], cwd=folder / "bin", env=display.environment, start_new_session=True,
+                                   stdin=subprocess.DEVNULL, stdout=log, stderr=subprocess.STDOUT)
+        done = collect(process, frames, first_name, times, encoder, options, interrupted)
+        log.seek(0)
+        text = log.read()
+    if done < len(times) and not interrupted.is_set():
+        errors = [line for line in text.splitlines() if line.startswith("Error")] or text.splitlines()[-3:]
+        raise RenderError(f"the program stopped after {done} of {len(times)} frames: " + " ".join(errors))
+    return done
+
+
+def collect(process, frames, first_name, times, encoder, options, interrupted):
+    """Takes finished frames from the running program until all are there; ends the program."""
     progress = Progress(len(times))
     done = 0
     try:
@@ -343,12 +374,6 @@ def dump(folder, frames, first_name, times, encoder, options, interrupted):
         while (frames / first_name(extra)).exists():
             (frames / first_name(extra)).unlink()
             extra += 1
-    log.seek(0)
-    text = log.read()
-    log.close()
-    if done < len(times) and not interrupted.is_set():
-        errors = [line for line in text.splitlines() if line.startswith("Error")] or text.splitlines()[-3:]
-        raise RenderError(f"the program stopped after {done} of {len(times)} frames: " + " ".join(errors))
     return done
 
 
@@ -460,10 +485,12 @@ def render(options):
         raise RenderError(f"{PROGRAM} is not built")
     show = Show()
     width, height = options.size or show.size()
-    stop_time = min(options.end if options.end is not None else show.end, show.end)
+    # Half a step of grace: the running sum may pass a round number by a hair. Past its end the show draws no more.
+    grace = 0.5 / options.fps / options.frameskip
+    stop_time = show.end if options.end is None else min(options.end + grace, show.end)
     times = frame_times(options.start, stop_time, options.fps, options.frameskip)
     if not times:
-        raise RenderError(f"there is nothing to render from {options.start} to {stop_time} seconds")
+        raise RenderError(f"there is nothing to render from {options.start} to {stop_time:g} seconds")
 
     output = options.sheet or options.output
     video = options.output is not None and output.suffix.lower() in VIDEO_ENDINGS
