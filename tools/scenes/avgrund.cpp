@@ -343,8 +343,6 @@ void buildAvgrund(Builder& b)
 {
     makeMaterials(b);
 
-    b.mesh("sky", {sky()});
-    b.instance("sky", "sky");
     b.mesh("mountains", {mountains()});
     b.instance("mountains", "mountains");
     b.mesh("plainLeft", {plain(-1)});
@@ -381,6 +379,11 @@ void buildAvgrund(Builder& b)
     const std::vector<View> views = flight();
     placeLights(b, views);
     setFlight(b.camera("camera", 62.0f), views);
+
+    // What is loaded last is drawn last as a rule, and leaves its front face to the effects that follow: the sky, which
+    // is always in view and not mirrored.
+    b.mesh("sky", {sky()});
+    b.instance("sky", "sky");
 }
 
 } // namespace Scenes
