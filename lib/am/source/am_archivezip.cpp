@@ -45,8 +45,6 @@ File ArchiveZIP::read(const std::string& pFilename)
 {
     if (!mZipfile) return File();
     const std::string name = pFilename.substr(getPrefixLength(pFilename));
-    if (name.empty() || name.back() == '/') // an entry for a folder
-        return File();
     if (unzLocateFile(mZipfile, name.c_str(), 0) != UNZ_OK) return File();
     unz_file_info info;
     char entryName[512];

@@ -98,8 +98,8 @@ TEST(ArchiveZIP, readsEntriesUnderTheirNamesWithOrWithoutAPrefix)
         EXPECT_EQ(name, zip.read(name)->filename);
     }
     EXPECT_EQ(noise, toBytes(zip.read("sub/noise")));
-    EXPECT_EQ(0, zip.read("empty")->length);
-    for (const char* name : {"A.txt", "//a.txt", "../a.txt", "sub\\noise", "sub", "sub/", "", ".", "./"})
+    for (const char* name : {"empty", "sub/"}) EXPECT_EQ(0, zip.read(name)->length) << name;
+    for (const char* name : {"A.txt", "//a.txt", "../a.txt", "sub\\noise", "sub", "", ".", "./"})
         EXPECT_TRUE(zip.read(name).isNull()) << name;
     EXPECT_TRUE(zip.read(std::string(300, 'x')).isNull());
     EXPECT_FALSE(zip.write(toFile("a.txt", hello)));
