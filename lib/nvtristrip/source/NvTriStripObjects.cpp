@@ -135,9 +135,58 @@ NvFaceInfo* NvFaceInfo::Across(int v0, int v1) const
 {
     const bool has0 = v0 == m_v0 || v1 == m_v0;
     const bool has1 = v0 == m_v1 || v1 == m_v1;
-    NvEdgeInfo* edgeInfo = m_edges[has0 ? (has1 ? 0 : 2) : 1];
+    const int side = has0 ? (has1 ? 0 : 2) : 1;
+    const NvEdgeInfo* edgeInfo = m_edges[side];
     assert(edgeInfo != NULL);
-    return edgeInfo->OtherFace(this);
+    return m_neighbors[side];
+}
+
+void EdgeWalk::Start(const std::vector<NvEdgeInfo*>& lists)
+{
+    m_first.assign(1, 0);
+    for (std::size_t vertex = 0; vertex < lists.size(); ++vertex)
+    {
+        const int v = static_cast<int>(vertex);
+        for (NvEdgeInfo* edge = lists[vertex]; edge; edge = nextEdge(edge, v))
+            m_places.push_back({edge, m_places.size() + 1, 0, -1});
+        m_first.push_back(m_places.size());
+    }
+}
+
+std::size_t EdgeWalk::Find(std::size_t place, std::size_t end, const NvStripInfo& strip)
+{
+    place = FindOpen(place, end);
+    std::size_t found = place;
+    while (found < end && strip.IsMarked(m_places[found].edge->m_face0) && strip.IsMarked(m_places[found].edge->m_face1))
+    {
+        const Place& taken = m_places[found];
+        found = FindOpen(taken.experimentId == strip.m_experimentId ? taken.testSkipTo : found + 1, end);
+    }
+    while (place < found)
+    {
+        Place& taken = m_places[place];
+        const std::size_t next = taken.experimentId == strip.m_experimentId ? taken.testSkipTo : place + 1;
+        taken.experimentId = strip.m_experimentId;
+        taken.testSkipTo = found;
+        place = FindOpen(next, end);
+    }
+    return found;
+}
+
+std::size_t EdgeWalk::FindOpen(std::size_t place, std::size_t end)
+{
+    const auto isOver = [](const NvEdgeInfo& edge) {
+        return !edge.m_face1 || (edge.m_face0->m_stripId >= 0 && edge.m_face1->m_stripId >= 0);
+    };
+    std::size_t found = place;
+    while (found < end && isOver(*m_places[found].edge)) found = m_places[found].skipTo;
+    while (place < found)
+    {
+        const std::size_t next = m_places[place].skipTo;
+        m_places[place].skipTo = found;
+        place = next;
+    }
+    return found;
 }
 
 void NvStripInfo::Build(NvEdgeInfoVec& edges, NvFaceInfoVec&)
@@ -189,10 +238,10 @@ void NvStripInfo::Grow(NvEdgeInfoVec& edges, NvFaceInfoVec& faces, const NvFaceI
         }
 
         // At a dead end the strip turns by a degenerate face, if that leads on.
-        const NvFaceInfo* beyond = next->Across(t0, t1);
+        NvFaceInfo* beyond = next->Across(t0, t1);
         if (!beyond || IsMarked(beyond))
         {
-            const NvFaceInfo* aside = next->Across(e0, t1);
+            NvFaceInfo* aside = next->Across(e0, t1);
             if (aside && !IsMarked(aside))
             {
                 NvFaceInfo* fake = new NvFaceInfo(e0, e1, e0, true);
@@ -200,6 +249,7 @@ void NvStripInfo::Grow(NvEdgeInfoVec& edges, NvFaceInfoVec& faces, const NvFaceI
                 MarkTriangle(fake);
                 scratchIndices.push_back(e0);
                 t0 = e0;
+                beyond = aside;
                 ++m_numDegenerates;
             }
         }
@@ -208,7 +258,7 @@ void NvStripInfo::Grow(NvEdgeInfoVec& edges, NvFaceInfoVec& faces, const NvFaceI
         scratchIndices.push_back(t1);
         e0 = t0;
         e1 = t1;
-        next = next->Across(e0, e1);
+        next = beyond;
     }
 }
 
@@ -342,11 +392,17 @@ void NvStripifier::BuildStripifyInfo(NvFaceInfoVec& faces, NvEdgeInfoVec& edges,
         }
         faces.push_back(faceInfo);
     }
+    for (NvFaceInfo* face : faces)
+    {
+        for (int side = 0; side < 3; ++side) face->m_neighbors[side] = face->m_edges[side]->OtherFace(face);
+    }
+    edges.m_walk.Start(edges);
 }
 
 void NvStripifier::FindAllStrips(NvStripInfoVec& allStrips, NvFaceInfoVec& faces, NvEdgeInfoVec& edges, int numSamples)
 {
     NvFaceInfoVec resetPoints;
+    m_numFreeFaces = faces.size();
     for (;;)
     {
         resetPoints.clear();
@@ -366,7 +422,8 @@ void NvStripifier::FindAllStrips(NvStripInfoVec& allStrips, NvFaceInfoVec& faces
         {
             for (int start = 0; start < 6; ++start)
             {
-                RunExperiment(strips, faces, edges, NvStripStartInfo(face, face->m_edges[start / 2], start % 2 == 0));
+                const NvStripStartInfo startInfo(face, face->m_edges[start / 2], start % 2 == 0);
+                RunExperiment(strips, faces, edges, startInfo, bestSize);
                 const float size = AvgStripSize(strips);
                 if (size > bestSize)
                 {
@@ -377,21 +434,32 @@ void NvStripifier::FindAllStrips(NvStripInfoVec& allStrips, NvFaceInfoVec& faces
             }
         }
         commitStrips(allStrips, best);
+        for (const NvStripInfo* strip : best) m_numFreeFaces -= strip->m_faces.size() - strip->m_numDegenerates;
     }
 }
 
+// Stops early when the mean size can no longer come above `sizeToBeat`, and then leaves strips that do not.
 void NvStripifier::RunExperiment(NvStripInfoVec& strips, NvFaceInfoVec& faces, NvEdgeInfoVec& edges,
-                                 const NvStripStartInfo& firstStart)
+                                 const NvStripStartInfo& firstStart, float sizeToBeat)
 {
     const NvFaceInfo* faceInfo = firstStart.m_startFace;
     assert(faceInfo->m_stripId == -1);
     const int experimentId = m_numExperiments++;
     NvStripStartInfo startInfo = firstStart;
+    std::size_t numReal = 0;
+    bool hopeless = false;
     do
     {
-        strips.push_back(new NvStripInfo(startInfo, m_numStrips++, experimentId));
-        strips.back()->Build(edges, faces);
-    } while (FindTraversal(faces, edges, strips.back(), startInfo));
+        NvStripInfo* strip = new NvStripInfo(startInfo, m_numStrips++, experimentId);
+        strips.push_back(strip);
+        strip->Build(edges, faces);
+
+        // The best that can come is the end here, or one more strip over all faces that are left.
+        numReal += strip->m_faces.size() - strip->m_numDegenerates;
+        const float sizeNow = static_cast<float>(numReal) / static_cast<float>(strips.size());
+        const float sizeAtBest = static_cast<float>(m_numFreeFaces) / static_cast<float>(strips.size() + 1);
+        hopeless = sizeNow <= sizeToBeat && sizeAtBest <= sizeToBeat;
+    } while (!hopeless && FindTraversal(faces, edges, strips.back(), startInfo));
 }
 
 NvFaceInfo* NvStripifier::FindGoodResetPoint(NvFaceInfoVec& faces, NvEdgeInfoVec&)
@@ -453,9 +521,10 @@ bool NvStripifier::FindTraversal(NvFaceInfoVec&, NvEdgeInfoVec& edges, const NvS
 {
     const NvStripStartInfo& start = strip->m_startInfo;
     const int v = start.m_toV1 ? start.m_startEdge->m_v1 : start.m_startEdge->m_v0;
-    for (NvEdgeInfo* edge = edges[v]; edge; edge = nextEdge(edge, v))
+    EdgeWalk& walk = edges.m_walk;
+    for (std::size_t place = walk.First(v, *strip); place != walk.End(v); place = walk.Next(place, v, *strip))
     {
-        if (!edge->m_face0 || !edge->m_face1) continue;
+        NvEdgeInfo* edge = walk.At(place);
         NvFaceInfo* face = nullptr;
         if (!strip->IsInStrip(edge->m_face0) && !strip->IsMarked(edge->m_face1))
             face = edge->m_face1;
@@ -636,7 +705,7 @@ float NvStripifier::AvgStripSize(const NvStripInfoVec& strips)
 int NvStripifier::NumNeighbors(const NvFaceInfo* face)
 {
     int number = 0;
-    for (const NvEdgeInfo* edge : face->m_edges) number += edge && edge->OtherFace(face);
+    for (const NvFaceInfo* neighbor : face->m_neighbors) number += neighbor != nullptr;
     return number;
 }
 

@@ -9,8 +9,8 @@
 // ordered so that each follows the one that left most of its vertices in the cache.
 //
 // Look-ups keep that near to linear in the number of triangles, and change nothing in the result: faces know their
-// edges, free faces are found by links (FindFreeFace), strips and loose faces are listed by vertex for scoring
-// (CacheOrder).
+// edges, free faces and open edges are found by links (FindFreeFace, EdgeWalk), strips and loose faces are listed by
+// vertex for scoring (CacheOrder).
 namespace NVIDIA
 {
 
@@ -37,6 +37,7 @@ struct NvFaceInfo
     int m_experimentId = -1;
     bool m_bIsFake;
     NvEdgeInfo* m_edges[3] = {}; // not owned: m_v0 to m_v1, m_v1 to m_v2, m_v2 to m_v0; null for a fake face
+    NvFaceInfo* m_neighbors[3] = {}; // not owned: what lies behind each edge, null for nothing
 };
 
 typedef std::vector<NvFaceInfo*> NvFaceInfoVec;
@@ -60,9 +61,46 @@ struct NvEdgeInfo
     NvEdgeInfo* m_nextV1 = nullptr;
 };
 
-// The list heads of all vertices up to the highest index, and what building a strip needs room for each time.
+struct NvStripInfo;
+
+// Walks over the edge lists of vertices without those edges that no strip can go on from, since a side is missing or
+// both are taken. What is really taken stays so, and what an experiment took does until the next one: the walk keeps
+// links over both.
+class EdgeWalk
+{
+public:
+    void Start(const std::vector<NvEdgeInfo*>& lists);
+
+    // Places of the edges around a vertex that are left, from a strip's point of view, in the order of the list. Both
+    // return End(vertex) when there is none.
+    std::size_t First(int vertex, const NvStripInfo& strip) { return Find(m_first[vertex], End(vertex), strip); }
+    std::size_t Next(std::size_t place, int vertex, const NvStripInfo& strip)
+    {
+        return Find(place + 1, End(vertex), strip);
+    }
+    std::size_t End(int vertex) const { return m_first[vertex + 1]; }
+    NvEdgeInfo* At(std::size_t place) const { return m_places[place].edge; }
+
+private:
+    struct Place
+    {
+        NvEdgeInfo* edge;         // not owned
+        std::size_t skipTo;       // used where the edge is really over: a later place, all between being over too
+        std::size_t testSkipTo;   // the same for the experiment with the number below
+        int experimentId;
+    };
+
+    std::size_t Find(std::size_t place, std::size_t end, const NvStripInfo& strip);
+    std::size_t FindOpen(std::size_t place, std::size_t end);
+
+    std::vector<std::size_t> m_first; // by vertex, and one more: where its places begin
+    std::vector<Place> m_places;
+};
+
+// The list heads of all vertices up to the highest index, and what is at hand for building strips.
 struct NvEdgeInfoVec : std::vector<NvEdgeInfo*>
 {
+    EdgeWalk m_walk;
     IntVec m_scratchIndices;                       // the vertices of a strip in the making
     NvFaceInfoVec m_forwardFaces, m_backwardFaces; // its faces to both sides of the first
     IntVec m_vertexMarks;                          // by vertex: equal to m_mark where the strip has it
@@ -206,11 +244,12 @@ public:
 private:
     std::size_t FindFreeFace(const NvFaceInfoVec& faces, std::size_t place);
     void RunExperiment(NvStripInfoVec& strips, NvFaceInfoVec& faces, NvEdgeInfoVec& edges,
-                       const NvStripStartInfo& startInfo);
+                       const NvStripStartInfo& startInfo, float sizeToBeat);
     void SplitUpStrip(const NvStripInfo& strip, NvStripInfoVec& pieces) const;
     VertexCache MakeCache() const;
 
     int m_numVertices = 0;
+    std::size_t m_numFreeFaces = 0;
     int m_numExperiments = 0;           // over all passes, so that marks of earlier ones never count
     int m_numStrips = 0;
     std::vector<std::size_t> m_skipTo; // by face: a later place, with no free face between; used where it has a strip
