@@ -10,7 +10,6 @@ CacheOrder::CacheOrder(const VertexCache& cache, int numVertices)
 
 void CacheOrder::AddItem(NvFaceInfo* const* faces, std::size_t numFaces, bool isCW)
 {
-    m_waiting[isCW].emplace_hint(m_waiting[isCW].end(), 0.0f, static_cast<int>(m_items.size()));
     m_items.push_back({faces, numFaces, isCW, true, false, 0, 0.0f});
     for (std::size_t i = 0; i < numFaces; ++i)
     {
@@ -23,6 +22,7 @@ void CacheOrder::Start()
     for (std::size_t i = 1; i < m_firstUse.size(); ++i) m_firstUse[i] += m_firstUse[i - 1];
     m_uses.resize(m_firstUse.back());
     std::vector<std::size_t> place(m_firstUse);
+    m_endWaiting[0] = m_endWaiting[1] = m_items.size();
     for (std::size_t item = 0; item < m_items.size(); ++item)
     {
         for (std::size_t i = 0; i < m_items[item].numFaces; ++i)
@@ -33,21 +33,31 @@ void CacheOrder::Start()
     }
 }
 
-int CacheOrder::FindBest(bool wantsCW) const
+int CacheOrder::FindBest(bool wantsCW)
 {
-    const auto& wanted = m_waiting[wantsCW];
-    const auto& others = m_waiting[!wantsCW];
-    if (wanted.empty() && others.empty()) return -1;
+    const auto& wanted = m_hitting[wantsCW];
+    const auto& others = m_hitting[!wantsCW];
+    if (wanted.empty() && others.empty()) return FindWaiting(wantsCW);
     if (others.empty() || (!wanted.empty() && wanted.rbegin()->first >= others.rbegin()->first))
         return wanted.rbegin()->second;
     return others.lower_bound({others.rbegin()->first, 0})->second;
+}
+
+// The choice when all that waits has a score of 0.
+int CacheOrder::FindWaiting(bool wantsCW)
+{
+    std::size_t& end = m_endWaiting[wantsCW];
+    while (end > 0 && !(m_items[end - 1].waiting && m_items[end - 1].isCW == wantsCW)) --end;
+    if (end > 0) return static_cast<int>(end - 1);
+    while (m_firstWaiting < m_items.size() && !m_items[m_firstWaiting].waiting) ++m_firstWaiting;
+    return m_firstWaiting < m_items.size() ? static_cast<int>(m_firstWaiting) : -1;
 }
 
 void CacheOrder::Take(int item)
 {
     Item& taken = m_items[item];
     taken.waiting = false;
-    m_waiting[taken.isCW].erase({taken.score, item});
+    m_hitting[taken.isCW].erase({taken.score, item});
 
     const auto note = [this](int vertex, int change) {
         if (m_changes[vertex] == 0) m_changedVertices.push_back(vertex);
@@ -72,16 +82,18 @@ void CacheOrder::Take(int item)
         m_changes[vertex] = 0;
     }
     m_changedVertices.clear();
-    for (const int touched : m_touchedItems)
-    {
-        Item& other = m_items[touched];
-        auto node = m_waiting[other.isCW].extract({other.score, touched});
-        other.score = static_cast<float>(other.hits) / static_cast<float>(other.numFaces);
-        other.touched = false;
-        node.value().first = other.score;
-        m_waiting[other.isCW].insert(std::move(node));
-    }
+    for (const int touched : m_touchedItems) Rescore(touched);
     m_touchedItems.clear();
+}
+
+void CacheOrder::Rescore(int number)
+{
+    Item& item = m_items[number];
+    auto& hitting = m_hitting[item.isCW];
+    if (item.score > 0.0f) hitting.erase({item.score, number});
+    item.score = static_cast<float>(item.hits) / static_cast<float>(item.numFaces);
+    if (item.hits > 0) hitting.emplace(item.score, number);
+    item.touched = false;
 }
 
 void CacheOrder::Touch(int vertex, int change)

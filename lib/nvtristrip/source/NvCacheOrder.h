@@ -24,7 +24,7 @@ public:
 
     // The waiting item with the highest score, -1 when none waits. Of equal ones it is the last with the winding that is
     // asked for; when none has it, the first.
-    int FindBest(bool wantsCW) const;
+    int FindBest(bool wantsCW);
 
     // Sends an item through the cache; it waits no longer.
     void Take(int item);
@@ -42,10 +42,14 @@ private:
     };
 
     void Touch(int vertex, int change);
+    void Rescore(int item);
+    int FindWaiting(bool wantsCW);
 
     VertexCache m_cache;
     std::vector<Item> m_items;
-    std::set<std::pair<float, int>> m_waiting[2]; // score and number of what waits, by winding
+    std::set<std::pair<float, int>> m_hitting[2]; // score and number of what waits and has hits, by winding
+    std::size_t m_firstWaiting = 0;               // no item in front of it waits
+    std::size_t m_endWaiting[2] = {};             // by winding: from here on none waits
     std::vector<std::size_t> m_firstUse;          // by vertex, and one more: where its uses begin in m_uses
     IntVec m_uses;                                // the items of all vertices, once for each corner of a face
     IntVec m_changes;                             // by vertex: how often it came into the cache less how often it went
