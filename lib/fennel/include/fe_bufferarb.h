@@ -2,6 +2,8 @@
 
 #include "tw_glinclude.h"
 
+#include <cstddef>
+
 namespace Fennel
 {
 
@@ -12,6 +14,12 @@ public:
     BufferARB(GLuint name, GLenum contents) : ID(name), format(contents) {}
     BufferARB(const BufferARB&) = delete;
     BufferARB& operator=(const BufferARB&) = delete;
+
+    // Render jobs are sorted by the addresses of their buffers, and where surfaces touch, the order of drawing shows in
+    // single pixels. So the objects lie in one block, each in the foremost free place: as long as the block lasts,
+    // addresses follow the order of creation, and every run draws the same picture.
+    static void* operator new(std::size_t size);
+    static void operator delete(void* memory);
 
     // One user less; the last one deletes the GL buffer and this object. Unchecked, since destructors come here.
     void release()

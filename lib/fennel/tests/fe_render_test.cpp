@@ -8,6 +8,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <functional>
+
 using Fennel::Submesh;
 using GLFake::call;
 using GLFake::gl;
@@ -92,6 +95,19 @@ TEST(SubmeshBuffers, areBoundOnlyWhereTheyDifferFromThePreviousOnes)
                      call("glInterleavedArrays", GL_T2F_N3F_V3F, 0),
                      call("glBindBufferARB", GL_ELEMENT_ARRAY_BUFFER_ARB, 0),
                      call("glDrawArrays", GL_TRIANGLES, 0, 3)}));
+}
+
+TEST(SubmeshBuffers, lieInTheOrderOfTheirCreationWhereverTheHeapIs)
+{
+    GLFake::reset();
+    std::vector<Fennel::BufferARB*> buffers;
+    for (GLuint name = 1; name <= 5000; ++name) buffers.push_back(new Fennel::BufferARB(name, GL_T2F_N3F_V3F));
+    EXPECT_TRUE(std::is_sorted(buffers.begin(), buffers.begin() + 4000, std::less<Fennel::BufferARB*>()));
+    Fennel::BufferARB* const place = buffers[20];
+    buffers[20]->release();
+    buffers[20] = new Fennel::BufferARB(5001, GL_T2F_N3F_V3F);
+    EXPECT_EQ(buffers[20], place);
+    for (Fennel::BufferARB* buffer : buffers) buffer->release();
 }
 
 TEST(RenderJobs, groupBySubmeshAndThenByTextureAndKeepTheirRoom)
