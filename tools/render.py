@@ -24,7 +24,8 @@ import time
 import zipfile
 from pathlib import Path
 
-ROOT = Path(__file__).resolve().parent.parent
+# RENDER_ROOT renders a show that lies elsewhere: program in its bin/, data in its data/ or packed.
+ROOT = Path(os.environ.get("RENDER_ROOT") or Path(__file__).resolve().parent.parent)
 PROGRAM = ROOT / "bin" / "ourglacierheartcold"
 PACKED = "ourglacierheartcold.sdr"
 VIDEO_ENDINGS = (".mp4", ".mkv")
