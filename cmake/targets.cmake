@@ -55,7 +55,7 @@ function(tw_benchmark name)
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bench)
 endfunction()
 
-# tw_fuzzer(name SOURCES file... LINKS target... CORPUS folder ] [SECONDS n])
+# tw_fuzzer(name SOURCES file... LINKS target... [CORPUS folder] [SECONDS n])
 # A libFuzzer binary; only with clang and TIDEWHEEL_FUZZ. ctest runs it for a minute, or for the seconds given, over the
 # checked-in corpus; what it finds on the way stays in the build folder.
 function(tw_fuzzer name)
