@@ -252,7 +252,7 @@ class Encoder:
                    "-f", "image2pipe", "-c:v", "png", "-framerate", rate, "-i", "pipe:0"]
         if music:
             command += ["-ss", f"{origin:.6f}", "-i", str(music)]
-        command += ["-map", "0:v", "-vf", f"setpts='({time_expression(times, origin)})/TB'",
+        command += ["-map", "0:v", "-vf", f"settb=1/90000,setpts='round(({time_expression(times, origin)})/TB)'",
                     "-c:v", "libx264", "-preset", "medium", "-crf", "16", "-pix_fmt", "yuv420p", "-fps_mode", "vfr",
                     "-enc_time_base", "1/90000", "-video_track_timescale", "90000"]
         if music:
