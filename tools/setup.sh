@@ -15,6 +15,17 @@ bench_packages=(python3 xvfb xauth libbenchmark-dev libtinyxml2-dev libpugixml-d
 say() { printf '%s\n' "$*"; }
 fail() { printf 'Error: %s\n' "$*" >&2; exit 1; }
 
+# usage prints what stands at the top of the calling script, which lies in the current folder.
+usage() { sed -n '2,/^[^#]/s/^# \{0,1\}//p' "$(basename "$0")"; }
+
+# bad_argument TEXT ends the script with what is wrong and how it is used.
+bad_argument()
+{
+    printf 'Error: %s\n\n' "$*" >&2
+    usage >&2
+    exit 2
+}
+
 # missing_packages NAME... prints those that are not installed.
 missing_packages()
 {
@@ -24,11 +35,11 @@ missing_packages()
     done
 }
 
-# need_packages NAME... installs what is missing, and says which.
+# need_packages NAME... installs what is missing, and says which. TIDEWHEEL_NO_PACKAGES=1 leaves that to the user.
 need_packages()
 {
+    [ -n "${TIDEWHEEL_NO_PACKAGES:-}" ] && return
     if ! command -v dpkg-query >/dev/null || ! command -v apt-get >/dev/null; then
-        [ -n "${TIDEWHEEL_NO_PACKAGES:-}" ] && return
         say "This is not a Debian system, so nothing is installed by itself. Please install the equivalents of:" >&2
         say "    $*" >&2
         say "and run this again with TIDEWHEEL_NO_PACKAGES=1 in the environment." >&2
@@ -37,12 +48,16 @@ need_packages()
     local missing
     missing=$(missing_packages "$@")
     [ -z "$missing" ] && return
-    say "Installing packages:" $missing
     local as_root=()
     if [ "$(id -u)" -ne 0 ]; then
-        command -v sudo >/dev/null || fail "Packages can only be installed as root or through sudo."
+        if ! command -v sudo >/dev/null; then
+            say "Packages are missing, and only root may install them. Please have somebody run this as root:" >&2
+            say "    apt-get install --no-install-recommends" $missing >&2
+            exit 1
+        fi
         as_root=(sudo)
     fi
+    say "Installing packages (a few minutes the first time):" $missing
     # An old package list names versions that are gone, so it is renewed first.
     "${as_root[@]}" apt-get -q update >/dev/null || fail "The package list could not be updated (apt-get update)."
     # shellcheck disable=SC2086 — one word a package
@@ -50,14 +65,27 @@ need_packages()
         fail "Not all packages could be installed (apt-get install)."
 }
 
+# count_steps LOG keeps the build's output in LOG, and shows on a terminal how far it is.
+count_steps()
+{
+    local line
+    while IFS= read -r line; do
+        printf '%s\n' "$line" >>"$1"
+        [ -t 1 ] && [[ $line == \[*/*\]* ]] && printf '\r%s \e[K' "${line%%]*}]"
+    done
+    if [ -t 1 ]; then printf '\r\e[K'; fi
+}
+
 # build_show builds bin/ourglacierheartcold and packs the show's data, both optimised and without tests.
 build_show()
 {
-    cmake --preset release >build.log 2>&1 && cmake --build --preset release >>build.log 2>&1 || {
-        cat build.log >&2
-        fail "The build failed; the lines above say where."
+    local log=build/release.log
+    mkdir -p build || fail "The build needs a folder that it can write to."
+    say "Building the show (a few minutes the first time) ..."
+    cmake --preset release >"$log" 2>&1 && cmake --build --preset release 2>&1 | count_steps "$log" || {
+        grep -vE '^\[[0-9]+/[0-9]+\] (Building|Linking)' "$log" | tail -n 200 >&2
+        fail "The build failed; the lines above say where, and $log has all of it."
     }
-    rm -f build.log
 }
 
 # Has this session a display that a window could open on?
