@@ -1,0 +1,339 @@
+#include "nvtristrip/NvTriStrip.h"
+
+#include "nvtristrip/NvTriStripObjects.h"
+#include "plain_stripifier.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+
+using namespace NVIDIA;
+
+namespace
+{
+
+typedef std::vector<unsigned> Indices;
+
+struct Group
+{
+    PrimType type;
+    Indices indices;
+
+    bool operator==(const Group& other) const { return type == other.type && indices == other.indices; }
+};
+
+struct Settings
+{
+    bool lists = false;
+    bool stitch = true;
+    unsigned cacheSize = 16;
+    unsigned minSize = 0;
+};
+
+std::ostream& operator<<(std::ostream& stream, const Group& group)
+{
+    stream << (group.type == PT_LIST ? "list" : "strip");
+    for (const unsigned index : group.indices) stream << ' ' << index;
+    return stream;
+}
+
+std::vector<Group> taken(PrimitiveGroup* groups, unsigned number)
+{
+    std::vector<Group> result;
+    for (unsigned i = 0; i < number; ++i)
+        result.push_back({groups[i].type, Indices(groups[i].indices, groups[i].indices + groups[i].numIndices)});
+    delete[] groups;
+    return result;
+}
+
+std::vector<Group> generate(const Indices& indices, const Settings& settings, bool* valid = nullptr)
+{
+    SetListsOnly(settings.lists);
+    SetStitchStrips(settings.stitch);
+    SetCacheSize(settings.cacheSize);
+    SetMinStripSize(settings.minSize);
+    PrimitiveGroup* groups = nullptr;
+    unsigned number = 0;
+    const bool result =
+        GenerateStrips(indices.data(), unsigned(indices.size()), &groups, &number, valid != nullptr);
+    if (valid) *valid = result;
+    return taken(groups, number);
+}
+
+// A band of triangles that one strip runs along.
+Indices band(unsigned numFaces)
+{
+    Indices indices;
+    for (unsigned i = 0; i < numFaces; ++i)
+        indices.insert(indices.end(), {i, i + 1 + i % 2, i + 2 - i % 2});
+    return indices;
+}
+
+Indices grid(unsigned columns, unsigned rows, bool wrap)
+{
+    Indices indices;
+    const unsigned width = wrap ? columns : columns + 1, height = wrap ? rows : rows + 1;
+    const auto at = [&](unsigned x, unsigned y) { return y % height * width + x % width; };
+    for (unsigned y = 0; y < rows; ++y)
+    {
+        for (unsigned x = 0; x < columns; ++x)
+            indices.insert(indices.end(), {at(x, y), at(x + 1, y), at(x + 1, y + 1), at(x, y), at(x + 1, y + 1),
+                                           at(x, y + 1)});
+    }
+    return indices;
+}
+
+Indices shuffled(const Indices& indices, std::mt19937& random)
+{
+    std::vector<std::array<unsigned, 3>> triangles;
+    for (std::size_t i = 0; i < indices.size(); i += 3) triangles.push_back({indices[i], indices[i + 1], indices[i + 2]});
+    std::shuffle(triangles.begin(), triangles.end(), random);
+    Indices result;
+    for (const auto& triangle : triangles) result.insert(result.end(), triangle.begin(), triangle.end());
+    return result;
+}
+
+Indices randomTriangles(unsigned numFaces, unsigned numVertices, std::mt19937& random)
+{
+    Indices indices(3 * numFaces);
+    for (unsigned& index : indices) index = random() % numVertices;
+    return indices;
+}
+
+// The triangles of a group that are none in name only, each turned so that its lowest vertex comes first.
+std::vector<Indices> trianglesOf(const Group& group)
+{
+    std::vector<Indices> triangles;
+    const std::size_t step = group.type == PT_LIST ? 3 : 1;
+    for (std::size_t i = 0; i + 2 < group.indices.size(); i += step)
+    {
+        Indices t(group.indices.begin() + i, group.indices.begin() + i + 3);
+        if (step == 1 && i % 2 != 0) std::swap(t[1], t[2]);
+        if (t[0] == t[1] || t[1] == t[2] || t[0] == t[2]) continue;
+        std::rotate(t.begin(), std::min_element(t.begin(), t.end()), t.end());
+        triangles.push_back(t);
+    }
+    return triangles;
+}
+
+std::vector<Indices> sortedTriangles(const std::vector<Group>& groups)
+{
+    std::vector<Indices> all;
+    for (const Group& group : groups)
+    {
+        const std::vector<Indices> some = trianglesOf(group);
+        all.insert(all.end(), some.begin(), some.end());
+    }
+    std::sort(all.begin(), all.end());
+    return all;
+}
+
+std::vector<std::size_t> stripLengths(const Indices& indices, unsigned cacheSize)
+{
+    std::vector<std::size_t> lengths;
+    for (const Group& group : generate(indices, {false, false, cacheSize, 0}))
+        lengths.push_back(trianglesOf(group).size());
+    std::sort(lengths.rbegin(), lengths.rend());
+    return lengths;
+}
+
+} // namespace
+
+TEST(NvTriStrip, givesWhatTheStepsGiveWithoutLookUps)
+{
+    std::mt19937 random(38912);
+    for (int round = 0; round < 120; ++round)
+    {
+        const unsigned size = 1 + random() % 12;
+        const std::vector<Indices> meshes = {randomTriangles(size * 6, 3 + random() % (size * 8), random),
+                                             shuffled(grid(size, 7, round % 2), random), grid(size + 2, size, true)};
+        const Indices& indices = meshes[round % 3];
+        const unsigned cacheSize = 5 + random() % 14, minSize = random() % 3 * 3;
+        const Settings settings = {true, true, cacheSize, minSize};
+        SCOPED_TRACE("round " + std::to_string(round));
+
+        testing::internal::CaptureStdout();
+        const std::vector<Group> groups = generate(indices, settings);
+        testing::internal::GetCapturedStdout();
+
+        const PlainStripifier plain(indices, cacheSize, minSize);
+        Group expected = {PT_LIST, {}};
+        const auto append = [&expected](const PlainStripifier::Face* face) {
+            expected.indices.insert(expected.indices.end(), face->v, face->v + 3);
+        };
+        for (const auto& strip : plain.strips)
+        {
+            for (const auto* face : strip)
+            {
+                if (!face->isDegenerate()) append(face);
+            }
+        }
+        for (const auto* face : plain.looseFaces) append(face);
+        ASSERT_EQ(groups, std::vector<Group>{expected});
+    }
+}
+
+TEST(NvTriStrip, keepsTheTrianglesAndTheirWindingInEveryMode)
+{
+    std::mt19937 random(7);
+    for (const Indices& indices : {grid(9, 8, false), grid(10, 6, true), shuffled(grid(11, 7, true), random), band(24),
+                                   shuffled(grid(1, 40, false), random)})
+    {
+        const std::vector<Indices> expected = sortedTriangles({{PT_LIST, indices}});
+        for (const Settings& settings : {Settings{true, true, 16, 0}, Settings{false, true, 16, 0},
+                                         Settings{false, false, 16, 0}, Settings{false, true, 9, 5},
+                                         Settings{false, false, 4, 2}, Settings{true, true, 4000000000u, 3}})
+        {
+            bool valid = false;
+            EXPECT_EQ(sortedTriangles(generate(indices, settings, &valid)), expected);
+            EXPECT_TRUE(valid);
+        }
+    }
+}
+
+TEST(NvTriStrip, cutsStripsToTheCache)
+{
+    typedef std::vector<std::size_t> Lengths;
+    EXPECT_EQ(stripLengths(band(10), 16), (Lengths{10}));
+    EXPECT_EQ(stripLengths(band(23), 16), (Lengths{13, 10}));
+    EXPECT_EQ(stripLengths(band(24), 16), (Lengths{10, 10, 4}));
+    EXPECT_EQ(stripLengths(band(5), 6), (Lengths{1, 1, 1, 1, 1})); // at least one face
+    EXPECT_EQ(stripLengths(band(5), 0), (Lengths{1, 1, 1, 1, 1}));
+    EXPECT_EQ(stripLengths(band(5), 8), (Lengths{3, 2}));
+}
+
+TEST(NvTriStrip, writesStripsOut)
+{
+    const Indices quad = {0, 1, 2, 0, 2, 3}, twoQuads = {0, 1, 2, 0, 2, 3, 4, 5, 6, 4, 6, 7};
+    // The vertex that the second face lacks comes first, twice since it turns the winding. Behind the stitches, of odd
+    // number so far, the winding is right without.
+    const std::vector<Group> one = {{PT_STRIP, {1, 1, 0, 2, 3}}};
+    EXPECT_EQ(generate(quad, {}), one);
+    EXPECT_EQ(generate(twoQuads, {false, false, 16, 0}),
+              (std::vector<Group>{{PT_STRIP, {1, 1, 0, 2, 3}}, {PT_STRIP, {5, 5, 4, 6, 7}}}));
+    EXPECT_EQ(generate(twoQuads, {}), (std::vector<Group>{{PT_STRIP, {1, 1, 0, 2, 3, 3, 5, 5, 4, 6, 7}}}));
+
+    EnableRestart(99);
+    EXPECT_EQ(generate(twoQuads, {}), (std::vector<Group>{{PT_STRIP, {1, 1, 0, 2, 3, 99, 5, 5, 4, 6, 7, 99}}}));
+    const std::vector<Group> kept = {{PT_STRIP, {0, 1, 99}}};
+    PrimitiveGroup group;
+    group.indices = new unsigned[group.numIndices = 3]{4, 2, 99};
+    PrimitiveGroup* remapped = nullptr;
+    RemapIndices(&group, 1, 5, &remapped);
+    EXPECT_EQ(taken(remapped, 1), kept);
+    DisableRestart();
+    EXPECT_THROW(RemapIndices(&group, 1, 5, &remapped), Exception);
+
+    EXPECT_EQ(generate(twoQuads, {false, true, 16, 3}),
+              (std::vector<Group>{{PT_LIST, twoQuads}})); // every strip is too short
+}
+
+TEST(NvTriStrip, dropsWhatIsNoTriangleOrThereAlready)
+{
+    const Settings lists = {true, true, 16, 0};
+    const std::vector<Group> triangle = {{PT_LIST, {0, 1, 2}}}, nothing = {{PT_LIST, {}}};
+    EXPECT_EQ(generate({0, 1, 2}, lists), triangle);
+    EXPECT_EQ(generate({0, 0, 1, 0, 1, 2, 2, 1, 2}, lists), triangle);
+    EXPECT_EQ(generate({0, 1, 2, 0, 1, 2}, lists), triangle);
+    EXPECT_EQ(generate({}, lists), nothing);
+    EXPECT_EQ(generate({4, 4, 4}, lists), nothing);
+    EXPECT_TRUE(generate({4, 4, 4}, {}).empty());
+
+    // The edges are as they were before the repetition: the neighbour that comes later still joins.
+    NvStripifier stripifier;
+    stripifier.indices = {0, 1, 2, 0, 1, 2, 2, 1, 3};
+    NvFaceInfoVec faces;
+    NvEdgeInfoVec edges;
+    stripifier.BuildStripifyInfo(faces, edges, 3);
+    ASSERT_EQ(faces.size(), 2u);
+    EXPECT_EQ(faces[0]->Across(1, 2), faces[1]);
+    EXPECT_EQ(faces[0]->Across(0, 1), nullptr);
+    std::set<NvEdgeInfo*> all;
+    for (NvFaceInfo* face : faces)
+    {
+        all.insert(face->m_edges, face->m_edges + 3);
+        delete face;
+    }
+    for (NvEdgeInfo* edge : all) delete edge;
+}
+
+TEST(NvTriStrip, tellsOfEdgesWithTooManyTriangles)
+{
+    const std::string line = "BuildStripifyInfo: > 2 triangles on an edge... uncertain consequences\n";
+    testing::internal::CaptureStdout();
+    const std::vector<Group> groups = generate({0, 1, 2, 1, 0, 3, 0, 1, 4, 0, 1, 4}, {true, true, 16, 0});
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), line + line);
+    EXPECT_EQ(groups[0].indices.size(), 9u);
+
+    // Two entries of which the face has but one: it has no single next vertex.
+    const NvFaceInfo face(5, 6, 7);
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(NvStripifier::GetNextIndex({1, 6, 9}, &face), 5);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "GetNextIndex: Triangle doesn't have all of its vertices\n"
+                                                      "GetNextIndex: Duplicate triangle probably got us derailed\n");
+    const NvFaceInfo flat(5, 6, 5);
+    EXPECT_EQ(NvStripifier::GetNextIndex({5, 6}, &flat), 5);
+}
+
+TEST(NvTriStrip, hopsThroughTheFacesForNewStarts)
+{
+    NvStripifier stripifier;
+    stripifier.indices = grid(15, 1, false);
+    NvFaceInfoVec faces;
+    NvEdgeInfoVec edges;
+    stripifier.BuildStripifyInfo(faces, edges, 31);
+    std::vector<long> places;
+    for (int i = 0; i < 13; ++i)
+        places.push_back(std::find(faces.begin(), faces.end(), stripifier.FindGoodResetPoint(faces, edges)) -
+                         faces.begin());
+    // The first face at the border with two free sides, then tenths of the way; behind the end on from a twentieth.
+    EXPECT_EQ(places, (std::vector<long>{1, 2, 5, 8, 11, 14, 17, 20, 23, 26, 1, 4, 7}));
+
+    NvStripInfoVec strips;
+    stripifier.FindAllStrips(strips, faces, edges, 10);
+    EXPECT_EQ(stripifier.FindGoodResetPoint(faces, edges), nullptr);
+    std::set<NvFaceInfo*> allFaces(faces.begin(), faces.end());
+    std::set<NvEdgeInfo*> allEdges;
+    for (NvFaceInfo* face : faces) allEdges.insert(face->m_edges, face->m_edges + 3);
+    for (NvStripInfo* strip : strips)
+    {
+        allFaces.insert(strip->m_faces.begin(), strip->m_faces.end());
+        delete strip;
+    }
+    for (NvFaceInfo* face : allFaces) delete face;
+    for (NvEdgeInfo* edge : allEdges) delete edge;
+}
+
+TEST(NvTriStrip, numbersVerticesByFirstUseAcrossGroups)
+{
+    PrimitiveGroup groups[2];
+    groups[0].type = PT_LIST;
+    groups[0].indices = new unsigned[groups[0].numIndices = 4]{5, 2, 5, 7};
+    groups[1].indices = new unsigned[groups[1].numIndices = 3]{9, 2, 0};
+    PrimitiveGroup* remapped = nullptr;
+    RemapIndices(groups, 2, 10, &remapped);
+    EXPECT_EQ(taken(remapped, 2), (std::vector<Group>{{PT_LIST, {0, 1, 0, 2}}, {PT_STRIP, {3, 1, 4}}}));
+    EXPECT_THROW(RemapIndices(groups, 2, 9, &remapped), Exception);
+}
+
+TEST(NvTriStrip, refusesAbsurdInputAndTakesDistantVertices)
+{
+    EXPECT_THROW(generate({0, 1, 2, 3}, {}), Exception);
+    EXPECT_THROW(generate({0, 1, 4294967295u}, {}), Exception);
+    const unsigned far = 2147483647u;
+    Indices close = grid(6, 5, false), distant = close;
+    for (unsigned& index : distant) index = far - 41 * 50000000u + index * 50000000u;
+    std::vector<Group> expected = generate(close, {});
+    for (unsigned& index : expected[0].indices) index = far - 41 * 50000000u + index * 50000000u;
+    EXPECT_EQ(generate(distant, {}), expected);
+}
+
+TEST(NvTriStrip, findsTrianglesThatTheInputLacks)
+{
+    bool valid = true;
+    EnableRestart(99); // read as a vertex
+    generate({0, 1, 2}, {}, &valid);
+    DisableRestart();
+    EXPECT_FALSE(valid);
+}
