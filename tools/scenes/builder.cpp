@@ -1,5 +1,7 @@
 #include "builder.h"
 
+#include "ytd_utils.h"
+
 #include <array>
 #include <cmath>
 #include <cstdint>
@@ -276,18 +278,6 @@ void Builder::shadeless(const std::string& name, const Vector3f& color, const st
     mManager.mMaterials.push_back(material);
 }
 
-namespace
-{
-
-MathBase::AABBpointsf boxAround(const y3d::Submesh& submesh)
-{
-    MathBase::AABBpointsf box(submesh.mPositions->front(), submesh.mPositions->front());
-    for (const Vector3f& position : *submesh.mPositions) box.includePoint(position);
-    return box;
-}
-
-} // namespace
-
 void Builder::mesh(const std::string& name, const std::vector<Surface>& surfaces)
 {
     auto* mesh = new y3d::Mesh;
@@ -300,14 +290,11 @@ void Builder::mesh(const std::string& name, const std::vector<Surface>& surfaces
         submesh->setPositions(new y3d::StructList<Vector3f>(surface.mPositions.begin(), surface.mPositions.end()));
         submesh->setNormals(new y3d::StructList<Vector3f>(surface.mNormals.begin(), surface.mNormals.end()));
         submesh->mUVWs.push_back(new y3d::UVWList(surface.mCoordinates.begin(), surface.mCoordinates.end()));
-        submesh->mBoundingBox = boxAround(*submesh);
-        submesh->mHasBoundingBox = true;
-        if (mesh->mSubmeshes.empty()) mesh->mBoundingBox = submesh->mBoundingBox;
-        mesh->mBoundingBox.includePoint(submesh->mBoundingBox.mMin);
-        mesh->mBoundingBox.includePoint(submesh->mBoundingBox.mMax);
         mesh->mSubmeshes.push_back(submesh);
     }
-    mesh->mHasBoundingBox = true;
+    const int cacheSize = 16;
+    ytd::Utils::optimizeMesh(mesh, cacheSize);
+    ytd::Utils::updateBoundingBoxes(mesh, true);
     mManager.mMeshIndices[name] = int(mManager.mMeshes.size());
     mManager.mMeshes.push_back(mesh);
 }

@@ -26,3 +26,5 @@ struct Arguments
 int runInfo(const Arguments& arguments);
 int runCheck(const Arguments& arguments);
 int runCopy(const Arguments& arguments);
+int runOptimize(const Arguments& arguments);
+int runStrips(const Arguments& arguments);

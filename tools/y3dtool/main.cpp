@@ -52,6 +52,25 @@ const Command COMMANDS[] = {
      2,
      {},
      runCopy},
+    {"optimize",
+     "[--cache N] IN OUT",
+     "Reads a scene file and writes it again with all meshes prepared: equal vertices merged and\n"
+     "unused ones dropped, triangles and vertices in an order that suits a vertex cache, and new\n"
+     "bounding boxes. Prints vertices, triangles and the vertices loaded for each triangle (the\n"
+     "miss ratio), before and after. Meshes with data that would no longer fit (colours, a third\n"
+     "texture channel, bone groups) or with faults are left as they are; the exit status is 1 then.\n"
+     "\n"
+     "  --cache N   entries of the vertex cache, 16 at first; 0 keeps the order\n",
+     2,
+     {{"--cache", true}},
+     runOptimize},
+    {"strips",
+     "IN",
+     "Prints into how many triangle strips each submesh goes, cut for a cache of 16 entries, with\n"
+     "the triangles of the longest one and the indices when all are stitched together.\n",
+     1,
+     {},
+     runStrips},
 };
 
 void printUsage(FILE* stream)

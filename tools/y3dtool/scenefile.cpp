@@ -1,6 +1,10 @@
 #include "scenefile.h"
 
+#include "chunkwalk.h"
+#include "nodes.h"
+#include "y3d_chunks.h"
 #include "y3d_exception.h"
+#include "y3d_scene.h"
 
 #include <cerrno>
 #include <climits>
@@ -15,30 +19,6 @@ namespace
 {
 
 const int HEADER_SIZE = 6;
-
-// The standard output leads nowhere while this lives.
-class SilentOutput
-{
-public:
-    SilentOutput()
-    {
-        std::fflush(stdout);
-        mOutput = dup(STDOUT_FILENO);
-        const int nowhere = open("/dev/null", O_WRONLY);
-        dup2(nowhere, STDOUT_FILENO);
-        close(nowhere);
-    }
-
-    ~SilentOutput()
-    {
-        std::fflush(stdout);
-        dup2(mOutput, STDOUT_FILENO);
-        close(mOutput);
-    }
-
-private:
-    int mOutput;
-};
 
 std::vector<unsigned char> readAll(FILE* stream, const char* name)
 {
@@ -62,7 +42,33 @@ std::vector<unsigned char> readFile(const std::string& filename)
     return readAll(stream.get(), filename.c_str());
 }
 
+void tellArmatures(const y3d::SceneNode& node)
+{
+    if (node.getType() == y3d::CHUNK_ARMATURE)
+    {
+        std::fprintf(stderr, "y3d: %s is not written, nor what lies below it\n", titleOf(node).c_str());
+        return;
+    }
+    for (const y3d::SceneNode* child : node.mChildren) tellArmatures(*child);
+}
+
 } // namespace
+
+SilentOutput::SilentOutput()
+{
+    std::fflush(stdout);
+    mOutput = dup(STDOUT_FILENO);
+    const int nowhere = open("/dev/null", O_WRONLY);
+    dup2(nowhere, STDOUT_FILENO);
+    close(nowhere);
+}
+
+SilentOutput::~SilentOutput()
+{
+    std::fflush(stdout);
+    dup2(mOutput, STDOUT_FILENO);
+    close(mOutput);
+}
 
 SceneFile::SceneFile(const std::string& filename)
     : name(filename == "-" ? "standard input" : filename), bytes(readFile(filename))
@@ -76,6 +82,12 @@ SceneFile::SceneFile(const std::string& filename)
     {
         throw y3d::Exception("%s: %s", name.c_str(), exception.what());
     }
+}
+
+void tellLosses(const SceneFile& file)
+{
+    for (const std::string& trouble : walkChunks(file.bytes)) std::fprintf(stderr, "y3d: %s\n", trouble.c_str());
+    for (const y3d::Scene* scene : file.manager.mScenes) tellArmatures(*scene);
 }
 
 void writeSceneFile(const y3d::Manager& manager, const std::string& filename)

@@ -294,6 +294,48 @@ scene 'Scene': 4 nodes
         self.assertIn("No such file or directory", errors)
         self.assertEqual(self.run_tool("copy", "-", "-", data=scene_file())[0::2], (2, "y3d: -: there is nothing to write\n"))
 
+    def test_optimize(self):
+        corners = [(0, 0, 0), (1, 0, 0), (1, 1, 0), (0, 0, 0), (1, 1, 0), (0, 2, 0), (9, 9, 9)]
+        quad = mesh(BOX, submesh(chunk(0xFF30, struct.pack("<9I", 0, 1, 2, 3, 4, 5, 5, 5, 5)),
+                                 chunk(0xFF00, *[floats(*corner) for corner in corners])))
+        prepared = os.path.join(self.folder, "prepared.y3d")
+        status, output, errors = self.run_tool("optimize", self.save(good(quad)), prepared)
+        self.assertEqual((status, errors), (0, ""))
+        self.assertEqual(output.decode().split("\n")[1].split(), "'tri' 7 -> 4 3 -> 2 2.000 -> 2.000".split())
+        with open(prepared, "rb") as stream:
+            data = stream.read()
+        self.assertIn(floats(0, 0, 0, 1, 2, 0), data)
+        self.assertNotIn(floats(9, 9, 9), data)
+        self.assertEqual(self.run_tool("check", prepared)[0], 0)
+
+        _, output, errors = self.run_tool("optimize", "--cache", "0", "-", "-", data=good(quad))
+        self.assertIn(chunk(0xFF30, struct.pack("<9I", 0, 1, 2, 0, 2, 3, 3, 3, 3)), output)
+        self.assertIn("7 ->        4", errors)
+
+        for part, trouble in [
+                (chunk(0xFF20, floats(*[1] * 12)), "vertex colours"),
+                (chunk(0xFF10, CORNERS) * 3, "more than two texture channels"),
+                (chunk(0x2300, name("hip")), "bone groups"),
+                (chunk(0xFF50, floats(0, 0, 1)), "not one normal for each vertex"),
+                (chunk(0xFF30, struct.pack("<3I", 0, 1, 3)), "3 vertices and the index 3"),
+                (chunk(0xFF30, struct.pack("<2I", 0, 1)), "indices that are no whole triangles")]:
+            odd = scene_file(mesh(BOX, submesh(GEOMETRY), submesh(GEOMETRY, part)))
+            expected = self.run_tool("copy", "-", "-", data=odd)[1]
+            status, output, errors = self.run_tool("optimize", "-", "-", data=odd)
+            self.assertEqual((status, output), (1, expected), trouble)
+            self.assertIn("y3d: mesh 'tri' is left as it is: submesh 1 has " + trouble, errors)
+
+        for size in ("-1", "x", "", "65536"):
+            self.assertEqual(self.run_tool("optimize", "--cache=" + size, "-", "-"), (
+                2, b"", "y3d: --cache takes a number from 0 to 65535\n"))
+
+    def test_strips(self):
+        quad = mesh(submesh(chunk(0xFF30, struct.pack("<6I", 0, 1, 2, 0, 2, 3)), chunk(0xFF00, CORNERS, floats(5, 5, 5))),
+                    submesh(GEOMETRY, chunk(0xFF30, struct.pack("<3I", 0, 1, 7))))
+        self.assertEqual(self.run_tool("strips", "-", data=scene_file(quad)), (
+            1, b"mesh 'tri', submesh 0: 2 triangles in 1 strip, longest 2, stitched 5 indices\n",
+            "y3d: mesh 'tri', submesh 1 has 3 vertices and the index 7\n"))
+
     def test_any_input(self):
         data = good(nodes=(MOVING, light(), ARMATURE))
         deep = b""
@@ -303,7 +345,8 @@ scene 'Scene': 4 nodes
             data[:place] + bytes([data[place] ^ 0xFF]) + data[place + 1:] for place in range(6, len(data), 61)] + [
                 scene_file(scene(deep))]
         for damaged in inputs:
-            for command in (("info", "-"), ("info", "--json", "-"), ("check", "-"), ("copy", "-", "/dev/null")):
+            for command in (("info", "-"), ("info", "--json", "-"), ("check", "-"), ("copy", "-", "/dev/null"),
+                            ("optimize", "-", "/dev/null"), ("strips", "-")):
                 status, output, errors = self.run_tool(*command, data=damaged)
                 self.assertIn(status, (0, 1, 2), errors)
                 self.assertNotIn("Sanitizer", errors)
