@@ -135,10 +135,7 @@ NvFaceInfo* NvFaceInfo::Across(int v0, int v1) const
 {
     const bool has0 = v0 == m_v0 || v1 == m_v0;
     const bool has1 = v0 == m_v1 || v1 == m_v1;
-    const int side = has0 ? (has1 ? 0 : 2) : 1;
-    const NvEdgeInfo* edgeInfo = m_edges[side];
-    assert(edgeInfo != NULL);
-    return m_neighbors[side];
+    return m_neighbors[has0 ? (has1 ? 0 : 2) : 1];
 }
 
 void EdgeWalk::Start(const std::vector<NvEdgeInfo*>& lists)
@@ -394,7 +391,12 @@ void NvStripifier::BuildStripifyInfo(NvFaceInfoVec& faces, NvEdgeInfoVec& edges,
     }
     for (NvFaceInfo* face : faces)
     {
-        for (int side = 0; side < 3; ++side) face->m_neighbors[side] = face->m_edges[side]->OtherFace(face);
+        for (int side = 0; side < 3; ++side)
+        {
+            const NvEdgeInfo* edgeInfo = face->m_edges[side];
+            assert(edgeInfo != NULL);
+            face->m_neighbors[side] = edgeInfo->OtherFace(face);
+        }
     }
     edges.m_walk.Start(edges);
 }
