@@ -231,10 +231,11 @@ class Progress:
         self.shown = now
         seconds = max(now - self.started, 1e-3)
         rate = done / seconds
-        left = (self.total - done) / rate if rate > 0 else 0.0
         bar = "#" * int(24 * done / max(self.total, 1))
-        line = (f"[{bar:<24}] {done} of {self.total} frames, {rate:.1f} frames/s, "
-                f"{int(left) // 60}:{int(left) % 60:02d} left")
+        line = f"[{bar:<24}] {done} of {self.total} frames"
+        if done:
+            left = (self.total - done) / rate
+            line += f", {rate:.1f} frames/s, {int(left) // 60}:{int(left) % 60:02d} left"
         if self.terminal:
             sys.stderr.write("\r" + line + "\x1b[K" + ("\n" if final else ""))
         else:
@@ -256,7 +257,9 @@ class Encoder:
                     "-c:v", "libx264", "-preset", "medium", "-crf", "16", "-pix_fmt", "yuv420p", "-fps_mode", "vfr",
                     "-enc_time_base", "1/90000", "-video_track_timescale", "90000"]
         if music:
-            command += ["-map", "1:a", "-c:a", "aac", "-b:a", "256k", "-t", f"{times[-1] - origin + 1 / options.fps:.6f}"]
+            # As long as the pictures: padded where the music is over before, cut where rendering is interrupted.
+            command += ["-map", "1:a", "-c:a", "aac", "-b:a", "256k", "-af", "apad", "-shortest",
+                        "-t", f"{times[-1] - origin + 1 / options.fps:.6f}"]
         if output.suffix == ".mp4":
             command += ["-movflags", "+faststart"]
         self.process = subprocess.Popen(command + [str(output)], stdin=subprocess.PIPE, start_new_session=True)
