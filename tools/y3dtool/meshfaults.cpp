@@ -19,7 +19,8 @@ std::string faultOfSubmesh(const y3d::Submesh& submesh)
     if (!fault.empty()) return fault;
 
     const std::size_t numVertices = submesh.getNumVertices();
-    if (submesh.getNormals() && submesh.getNormals()->size() != numVertices) return "has not one normal for each vertex";
+    if (submesh.getNormals() && submesh.getNormals()->size() != numVertices)
+        return "has not one normal for each vertex";
     for (const y3d::UVWList* uvw : submesh.mUVWs)
     {
         if (uvw->size() != numVertices) return "has not one texture coordinate for each vertex";

@@ -32,8 +32,8 @@ Indices sheet(unsigned int numTriangles, bool torus)
     for (unsigned int y = 0; y < side; ++y)
     {
         for (unsigned int x = 0; x < side; ++x)
-            indices.insert(indices.end(), {at(x, y), at(x + 1, y), at(x + 1, y + 1), at(x, y), at(x + 1, y + 1),
-                                           at(x, y + 1)});
+            indices.insert(indices.end(),
+                           {at(x, y), at(x + 1, y), at(x + 1, y + 1), at(x, y), at(x + 1, y + 1), at(x, y + 1)});
     }
     return indices;
 }
@@ -49,9 +49,18 @@ Indices shuffled(const Indices& indices)
     return result;
 }
 
-Indices grid(unsigned int numTriangles) { return sheet(numTriangles, false); }
-Indices torus(unsigned int numTriangles) { return sheet(numTriangles, true); }
-Indices shuffledTorus(unsigned int numTriangles) { return shuffled(sheet(numTriangles, true)); }
+Indices grid(unsigned int numTriangles)
+{
+    return sheet(numTriangles, false);
+}
+Indices torus(unsigned int numTriangles)
+{
+    return sheet(numTriangles, true);
+}
+Indices shuffledTorus(unsigned int numTriangles)
+{
+    return shuffled(sheet(numTriangles, true));
+}
 
 Indices fan(unsigned int numTriangles)
 {

@@ -22,8 +22,8 @@ public:
     // To be called once, when all items are there.
     void Start();
 
-    // The waiting item with the highest score, -1 when none waits. Of equal ones it is the last with the winding that is
-    // asked for; when none has it, the first.
+    // The waiting item with the highest score, -1 when none waits. Of equal ones it is the last with the winding that
+    // is asked for; when none has it, the first.
     int FindBest(bool wantsCW);
 
     // Sends an item through the cache; it waits no longer.

@@ -59,8 +59,8 @@ public:
     {
         if (m_names.empty()) return;
         for (unsigned int& index : indices)
-            index = static_cast<unsigned int>(std::lower_bound(m_names.begin(), m_names.end(), index) -
-                                              m_names.begin());
+            index =
+                static_cast<unsigned int>(std::lower_bound(m_names.begin(), m_names.end(), index) - m_names.begin());
     }
 
     void restore(const NvFaceInfoVec& faces) const
@@ -212,8 +212,8 @@ bool GenerateStrips(const unsigned int* indices, unsigned int numIndices, Primit
     for (std::size_t i = 0; i < separate.size(); ++i) fill(result[i], PT_STRIP, separate[i]);
     if (hasList) fill(result[number - 1], PT_LIST, list);
 
-    const bool valid = !validate || isValid(WordVec(indices, indices + numIndices), result.get(),
-                                            static_cast<unsigned int>(number));
+    const bool valid =
+        !validate || isValid(WordVec(indices, indices + numIndices), result.get(), static_cast<unsigned int>(number));
     *groups = result.release();
     *numGroups = static_cast<unsigned int>(number);
     return valid;

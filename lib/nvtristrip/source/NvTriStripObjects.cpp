@@ -154,7 +154,8 @@ std::size_t EdgeWalk::Find(std::size_t place, std::size_t end, const NvStripInfo
 {
     place = FindOpen(place, end);
     std::size_t found = place;
-    while (found < end && strip.IsMarked(m_places[found].edge->m_face0) && strip.IsMarked(m_places[found].edge->m_face1))
+    while (found < end && strip.IsMarked(m_places[found].edge->m_face0) &&
+           strip.IsMarked(m_places[found].edge->m_face1))
     {
         const Place& taken = m_places[found];
         found = FindOpen(taken.experimentId == strip.m_experimentId ? taken.testSkipTo : found + 1, end);

@@ -55,8 +55,7 @@ std::vector<Group> generate(const Indices& indices, const Settings& settings, bo
     SetMinStripSize(settings.minSize);
     PrimitiveGroup* groups = nullptr;
     unsigned number = 0;
-    const bool result =
-        GenerateStrips(indices.data(), unsigned(indices.size()), &groups, &number, valid != nullptr);
+    const bool result = GenerateStrips(indices.data(), unsigned(indices.size()), &groups, &number, valid != nullptr);
     if (valid) *valid = result;
     return taken(groups, number);
 }
@@ -65,8 +64,7 @@ std::vector<Group> generate(const Indices& indices, const Settings& settings, bo
 Indices band(unsigned numFaces)
 {
     Indices indices;
-    for (unsigned i = 0; i < numFaces; ++i)
-        indices.insert(indices.end(), {i, i + 1 + i % 2, i + 2 - i % 2});
+    for (unsigned i = 0; i < numFaces; ++i) indices.insert(indices.end(), {i, i + 1 + i % 2, i + 2 - i % 2});
     return indices;
 }
 
@@ -78,8 +76,8 @@ Indices grid(unsigned columns, unsigned rows, bool wrap)
     for (unsigned y = 0; y < rows; ++y)
     {
         for (unsigned x = 0; x < columns; ++x)
-            indices.insert(indices.end(), {at(x, y), at(x + 1, y), at(x + 1, y + 1), at(x, y), at(x + 1, y + 1),
-                                           at(x, y + 1)});
+            indices.insert(indices.end(),
+                           {at(x, y), at(x + 1, y), at(x + 1, y + 1), at(x, y), at(x + 1, y + 1), at(x, y + 1)});
     }
     return indices;
 }
@@ -87,7 +85,8 @@ Indices grid(unsigned columns, unsigned rows, bool wrap)
 Indices shuffled(const Indices& indices, std::mt19937& random)
 {
     std::vector<std::array<unsigned, 3>> triangles;
-    for (std::size_t i = 0; i < indices.size(); i += 3) triangles.push_back({indices[i], indices[i + 1], indices[i + 2]});
+    for (std::size_t i = 0; i < indices.size(); i += 3)
+        triangles.push_back({indices[i], indices[i + 1], indices[i + 2]});
     std::shuffle(triangles.begin(), triangles.end(), random);
     Indices result;
     for (const auto& triangle : triangles) result.insert(result.end(), triangle.begin(), triangle.end());
@@ -181,9 +180,9 @@ TEST(NvTriStrip, keepsTheTrianglesAndTheirWindingInEveryMode)
                                    shuffled(grid(1, 40, false), random)})
     {
         const std::vector<Indices> expected = sortedTriangles({{PT_LIST, indices}});
-        for (const Settings& settings : {Settings{true, true, 16, 0}, Settings{false, true, 16, 0},
-                                         Settings{false, false, 16, 0}, Settings{false, true, 9, 5},
-                                         Settings{false, false, 4, 2}, Settings{true, true, 4000000000u, 3}})
+        for (const Settings& settings :
+             {Settings{true, true, 16, 0}, Settings{false, true, 16, 0}, Settings{false, false, 16, 0},
+              Settings{false, true, 9, 5}, Settings{false, false, 4, 2}, Settings{true, true, 4000000000u, 3}})
         {
             bool valid = false;
             EXPECT_EQ(sortedTriangles(generate(indices, settings, &valid)), expected);

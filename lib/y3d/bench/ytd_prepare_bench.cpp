@@ -22,8 +22,8 @@ void fill(y3d::Submesh* submesh, unsigned int numTriangles)
     for (unsigned int i = 0; i < side * side; ++i)
     {
         const float x = static_cast<float>(i % side), y = static_cast<float>(i / side);
-        const MathBase::Vector3f corners[6] = {{x, y, 0},         {x + 1, y, 0}, {x + 1, y + 1, 0}, {x, y, 0},
-                                               {x + 1, y + 1, 0}, {x, y + 1, 0}};
+        const MathBase::Vector3f corners[6] = {{x, y, 0}, {x + 1, y, 0},     {x + 1, y + 1, 0},
+                                               {x, y, 0}, {x + 1, y + 1, 0}, {x, y + 1, 0}};
         for (const MathBase::Vector3f& corner : corners)
         {
             submesh->mIndices->push_back(static_cast<y3d::Index>(submesh->mPositions->size()));

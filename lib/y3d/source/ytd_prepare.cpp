@@ -78,7 +78,10 @@ bool sameVertex(const Attributes& attributes, std::size_t a, std::size_t b)
 class KeptVertices
 {
 public:
-    KeptVertices(const Attributes& attributes, std::size_t number) : m_attributes(attributes) { m_cells.reserve(number); }
+    KeptVertices(const Attributes& attributes, std::size_t number) : m_attributes(attributes)
+    {
+        m_cells.reserve(number);
+    }
 
     // The place of the first kept vertex that equals one; the number of kept ones when none does.
     std::size_t find(std::size_t vertex) const

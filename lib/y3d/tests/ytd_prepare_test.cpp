@@ -102,8 +102,8 @@ TEST(Prepare, putsBoxesAroundWhatIsIndexed)
 
 TEST(Prepare, mergesCornersAndDropsWhatIsNotUsed)
 {
-    const auto quad = makeSubmesh({{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 0, 0}, {1, 1, 0}, {0, 1, 0}, {7, 7, 7}},
-                                  {0, 1, 2, 3, 4, 5});
+    const auto quad =
+        makeSubmesh({{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 0, 0}, {1, 1, 0}, {0, 1, 0}, {7, 7, 7}}, {0, 1, 2, 3, 4, 5});
     Utils::mergeVertices(quad.get());
     EXPECT_EQ(*quad->mIndices, (Indices{0, 1, 2, 0, 2, 3}));
     EXPECT_EQ(numbersOf(*quad->mPositions), numbersOf({{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}}));

@@ -33,8 +33,8 @@ struct alignas(64) NvFaceInfo
     bool IsDegenerate() const { return m_v0 == m_v1 || m_v0 == m_v2 || m_v1 == m_v2; }
 
     int m_v0, m_v1, m_v2;
-    int m_stripId = -1;      // the strip that it really belongs to, -1 for none
-    int m_testStripId = -1;  // its strip and trial while experiments run, -1 for none
+    int m_stripId = -1;     // the strip that it really belongs to, -1 for none
+    int m_testStripId = -1; // its strip and trial while experiments run, -1 for none
     int m_experimentId = -1;
     bool m_bIsFake;
     NvFaceInfo* m_neighbors[3] = {}; // not owned: what lies behind each edge, null for nothing
@@ -85,9 +85,9 @@ public:
 private:
     struct Place
     {
-        NvEdgeInfo* edge;         // not owned
-        std::size_t skipTo;       // used where the edge is really over: a later place, all between being over too
-        std::size_t testSkipTo;   // the same for the experiment with the number below
+        NvEdgeInfo* edge;       // not owned
+        std::size_t skipTo;     // used where the edge is really over: a later place, all between being over too
+        std::size_t testSkipTo; // the same for the experiment with the number below
         int experimentId;
     };
 
@@ -251,7 +251,7 @@ private:
 
     int m_numVertices = 0;
     std::size_t m_numFreeFaces = 0;
-    int m_numExperiments = 0;           // over all passes, so that marks of earlier ones never count
+    int m_numExperiments = 0; // over all passes, so that marks of earlier ones never count
     int m_numStrips = 0;
     std::vector<std::size_t> m_skipTo; // by face: a later place, with no free face between; used where it has a strip
 };
