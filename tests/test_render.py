@@ -10,7 +10,7 @@ import tempfile
 import time
 import unittest
 
-RENDER = pathlib.Path(__file__).resolve().parent.parent / "tools/render.py"
+RENDER = pathlib.Path(__file__).resolve().parent.parent / "scripts/render.py"
 PATIENCE = 300.0
 FEW = ("--from", "30", "--to", "31", "--fps", "10")
 

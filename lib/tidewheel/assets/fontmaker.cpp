@@ -1,4 +1,4 @@
-// Turns the picture of a font (data-src/tidewheel_font.txt explains the form) into the bits that the HUD reads:
+// Turns the picture of a font (tidewheel_font.txt explains the form) into the bits that the HUD reads:
 //     fontmaker PICTURE FONT
 
 #include "gr_exception.h"
