@@ -2,8 +2,9 @@
 
 #include "y3d_exception.h"
 
+#include <CLI/CLI.hpp>
+
 #include <cstdio>
-#include <cstring>
 #include <exception>
 
 namespace
@@ -11,16 +12,16 @@ namespace
 
 struct Option
 {
-    const char* name;
+    std::string name;
     bool hasValue; // --name VALUE or --name=VALUE
 };
 
 struct Command
 {
-    const char* name;
-    const char* usage; // behind the name
+    std::string name;
+    std::string usage; // behind the name
     const char* help;
-    std::size_t numFiles;
+    int numFiles;
     std::vector<Option> options;
     int (*run)(const Arguments&);
 };
@@ -73,12 +74,12 @@ const Command COMMANDS[] = {
      runStrips},
 };
 
-void printUsage(FILE* stream)
+std::string usage()
 {
-    std::fprintf(stream, "Usage: y3d COMMAND [OPTIONS] FILE...\n\nCommands:\n");
-    for (const Command& command : COMMANDS) std::fprintf(stream, "  y3d %s %s\n", command.name, command.usage);
-    std::fprintf(stream, "\nA FILE of - is the standard input, an OUT of - the standard output.\n"
-                         "'y3d COMMAND --help' tells more about a command.\n");
+    std::string text = "Usage: y3d COMMAND [OPTIONS] FILE...\n\nCommands:\n";
+    for (const Command& command : COMMANDS) text += "  y3d " + command.name + " " + command.usage + "\n";
+    return text + "\nA FILE of - is the standard input, an OUT of - the standard output.\n"
+                  "'y3d COMMAND --help' tells more about a command.\n";
 }
 
 int refuse(const std::string& trouble)
@@ -87,72 +88,60 @@ int refuse(const std::string& trouble)
     return STATUS_ERRORS;
 }
 
-const Option* findOption(const Command& command, const std::string& name)
+// Gives the parser the files and options of a command. What they say goes to `arguments`.
+void describe(const Command& command, CLI::App* app, Arguments* arguments)
 {
+    app->set_help_flag("-h,--help");
+    app->add_option("FILE", arguments->files);
     for (const Option& option : command.options)
     {
-        if (name == option.name) return &option;
+        const auto take = [arguments, name = option.name](const std::string& value) {
+            arguments->options[name] = value;
+        };
+        if (option.hasValue)
+            app->add_option_function<std::string>(option.name, take)
+                ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+        else
+            app->add_flag_callback(option.name, [take] { take(""); })->disable_flag_override();
     }
-    return nullptr;
 }
 
-// Takes the command line apart. Returns an empty text, or what is wrong with it.
-std::string parse(const Command& command, int count, char** words, Arguments* arguments)
+// What is wrong with a command line that the parser did not take.
+std::string troubleOf(const Command& command, CLI::App* app, const CLI::ParseError& error)
 {
-    bool onlyFiles = false;
-    for (int i = 0; i < count; ++i)
+    for (const std::string& word : app->remaining())
     {
-        const std::string word = words[i];
-        if (onlyFiles || word.size() < 2 || word[0] != '-')
-        {
-            arguments->files.push_back(word);
-            continue;
-        }
-        if (word == "--")
-        {
-            onlyFiles = true;
-            continue;
-        }
-        const std::size_t equals = word.find('=');
-        const std::string name = word.substr(0, equals);
-        const Option* option = findOption(command, name);
-        if (!option) return std::string(command.name) + ": unknown option '" + name + "'";
-        if (!option->hasValue && equals != std::string::npos) return name + " takes no value";
-
-        std::string value;
-        if (equals != std::string::npos)
-            value = word.substr(equals + 1);
-        else if (option->hasValue)
-        {
-            if (i + 1 == count) return name + " needs a value";
-            value = words[++i];
-        }
-        arguments->options[name] = value;
+        if (word.size() > 1 && word[0] == '-')
+            return command.name + ": unknown option '" + word.substr(0, word.find('=')) + "'";
     }
-    if (arguments->files.size() != command.numFiles)
-        return std::string("expected: y3d ") + command.name + " " + command.usage;
-    return "";
-}
-
-bool asksForHelp(int count, char** words)
-{
-    for (int i = 0; i < count && std::strcmp(words[i], "--") != 0; ++i)
+    for (const Option& option : command.options)
     {
-        if (std::strcmp(words[i], "--help") == 0 || std::strcmp(words[i], "-h") == 0) return true;
+        if (std::string(error.what()).find(option.name.substr(2)) == std::string::npos) continue;
+        return option.name + (option.hasValue ? " needs a value" : " takes no value");
     }
-    return false;
+    return error.what();
 }
 
 int run(const Command& command, int count, char** words)
 {
-    if (asksForHelp(count, words))
+    CLI::App app;
+    Arguments arguments;
+    describe(command, &app, &arguments);
+    try
     {
-        std::printf("Usage: y3d %s %s\n\n%s", command.name, command.usage, command.help);
+        app.parse(count, words); // the command stands where a program has its name
+    }
+    catch (const CLI::CallForHelp&)
+    {
+        std::printf("Usage: y3d %s %s\n\n%s", command.name.c_str(), command.usage.c_str(), command.help);
         return STATUS_FINE;
     }
-    Arguments arguments;
-    const std::string trouble = parse(command, count, words, &arguments);
-    if (!trouble.empty()) return refuse(trouble);
+    catch (const CLI::ParseError& error)
+    {
+        return refuse(troubleOf(command, &app, error));
+    }
+    if (static_cast<int>(arguments.files.size()) != command.numFiles)
+        return refuse("expected: y3d " + command.name + " " + command.usage);
 
     const int status = command.run(arguments);
     if (std::fflush(stdout) != 0 || std::ferror(stdout)) throw y3d::Exception("The standard output took not all of it");
@@ -165,21 +154,22 @@ int main(int argc, char** argv)
 {
     if (argc < 2)
     {
-        printUsage(stderr);
+        std::fputs(usage().c_str(), stderr);
         return STATUS_ERRORS;
     }
+    const std::string word = argv[1];
     try
     {
         for (const Command& command : COMMANDS)
         {
-            if (std::strcmp(argv[1], command.name) == 0) return run(command, argc - 2, argv + 2);
+            if (word == command.name) return run(command, argc - 1, argv + 1);
         }
-        if (asksForHelp(1, argv + 1))
+        if (word == "--help" || word == "-h")
         {
-            printUsage(stdout);
+            std::fputs(usage().c_str(), stdout);
             return STATUS_FINE;
         }
-        return refuse(std::string("unknown command '") + argv[1] + "'");
+        return refuse("unknown command '" + word + "'");
     }
     catch (const std::exception& exception)
     {
