@@ -72,6 +72,32 @@ const Command COMMANDS[] = {
      1,
      {},
      runStrips},
+    {"view",
+     "[OPTIONS] FILE",
+     "Plays a scene file in a window, with the show's own renderer, or draws a picture of it. The\n"
+     "file is loaded again when it changes. A scene without a camera or a light is shown from a free\n"
+     "camera, lit from there; the title says so, and names what is under the mouse.\n"
+     "\n"
+     "  --camera NAME        look through this camera; 'free' for none\n"
+     "  --time T             start at T seconds\n"
+     "  --size WxH           pixels of the window, 1024x768 at first\n"
+     "  --pictures FOLDER    where the pictures lie, when not beside the file or where FILE.xml says\n"
+     "  --scene NAME         a scene other than the first of the file\n"
+     "  --wireframe, --boxes draw edges; draw the meshes' boxes\n"
+     "  --screenshot OUT.png write one picture and end\n"
+     "  --turntable N        make that picture a sheet of N views from all round\n"
+     "\n"
+     "  Space                pause            Left, Right   a frame back or on; with Shift a second\n"
+     "  Home, End            start and end    C             next camera\n"
+     "  left drag            orbit            middle drag, Shift and left drag   pan\n"
+     "  right drag           look round       wheel         nearer and further\n"
+     "  W A S D, E Q         fly; up, down    F             see all of it\n"
+     "  Z, B                 edges, boxes     R             load again\n"
+     "  P                    write screenshot.png           Escape               leave\n",
+     1,
+     {{"--camera", true}, {"--time", true}, {"--size", true}, {"--pictures", true}, {"--scene", true},
+      {"--wireframe", false}, {"--boxes", false}, {"--screenshot", true}, {"--turntable", true}},
+     runView},
 };
 
 std::string usage()
