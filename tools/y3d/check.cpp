@@ -1,6 +1,6 @@
 #include "chunkwalk.h"
 #include "commands.h"
-#include "jsonwriter.h"
+#include "json.h"
 #include "nodes.h"
 #include "scenefile.h"
 #include "text.h"
@@ -316,24 +316,19 @@ void print(const SceneFile& file, const Report& report)
     std::printf("%s: %s\n", file.name.c_str(), summary.c_str());
 }
 
-void printJson(const SceneFile& file, const Report& report)
+Json reportJson(const SceneFile& file, const Report& report)
 {
-    JsonWriter json;
-    json.openObject();
-    json.key("file").value(file.name);
-    json.key("errors").value(report.numErrors);
-    json.key("warnings").value(report.numWarnings);
-    json.key("findings").openArray();
+    Json findings = Json::array();
     for (const Finding& finding : report.findings)
     {
-        json.openObject();
-        json.key("severity").value(finding.isError ? "error" : "warning");
-        json.key("object").value(finding.object);
-        json.key("reason").value(finding.reason);
-        json.closeObject();
+        findings.push_back({{"severity", finding.isError ? "error" : "warning"},
+                            {"object", jsonText(finding.object)},
+                            {"reason", jsonText(finding.reason)}});
     }
-    json.closeArray();
-    json.closeObject();
+    return {{"file", jsonText(file.name)},
+            {"errors", report.numErrors},
+            {"warnings", report.numWarnings},
+            {"findings", findings}};
 }
 
 } // namespace
@@ -343,7 +338,7 @@ int runCheck(const Arguments& arguments)
     const SceneFile file(arguments.files[0]);
     const Report report = Check(file).run();
     if (arguments.has("--json"))
-        printJson(file, report);
+        printJson(reportJson(file, report));
     else
         print(file, report);
     return report.numErrors != 0 ? STATUS_ERRORS : report.numWarnings != 0 ? STATUS_WARNINGS : STATUS_FINE;

@@ -1,5 +1,5 @@
 #include "commands.h"
-#include "jsonwriter.h"
+#include "json.h"
 #include "nodes.h"
 #include "scenefile.h"
 #include "text.h"
@@ -164,168 +164,125 @@ void printFile(const SceneFile& file)
 
 // For a program.
 
-void writeBox(JsonWriter* json, bool has, const MathBase::AABBpointsf& box)
+Json boxJson(bool has, const MathBase::AABBpointsf& box)
 {
-    json->key("box");
-    if (!has)
-    {
-        json->null();
-        return;
-    }
-    json->openObject();
-    json->key("min").values({box.mMin.x, box.mMin.y, box.mMin.z});
-    json->key("max").values({box.mMax.x, box.mMax.y, box.mMax.z});
-    json->closeObject();
+    if (!has) return nullptr;
+    return {{"min", {box.mMin.x, box.mMin.y, box.mMin.z}}, {"max", {box.mMax.x, box.mMax.y, box.mMax.z}}};
 }
 
-template <class List> void writeSizes(JsonWriter* json, const char* key, const List& lists)
+template <class List> Json sizesJson(const List& lists)
 {
-    json->key(key).openArray();
-    for (const auto* list : lists) json->value(list->size());
-    json->closeArray();
+    Json sizes = Json::array();
+    for (const auto* list : lists) sizes.push_back(list->size());
+    return sizes;
 }
 
-void writeMesh(JsonWriter* json, const y3d::Mesh& mesh)
+Json meshJson(const y3d::Mesh& mesh)
 {
-    json->openObject();
-    json->key("name").value(mesh.getName());
-    json->key("flags").value(mesh.mMeshFlags);
-    json->key("vertices").value(countVertices(mesh));
-    json->key("triangles").value(countTriangles(mesh));
-    writeBox(json, mesh.hasBoundingBox(), mesh.getBoundingBox());
-    json->key("submeshes").openArray();
+    Json submeshes = Json::array();
     for (const y3d::Submesh* submesh : mesh.mSubmeshes)
     {
-        json->openObject();
-        json->key("material").value(submesh->getMaterialName());
-        json->key("vertices").value(submesh->getNumVertices());
-        json->key("indices").value(submesh->getNumIndices());
-        json->key("normals").value(submesh->getNormals() ? submesh->getNormals()->size() : 0);
-        writeSizes(json, "uvws", submesh->mUVWs);
-        writeSizes(json, "colors", submesh->mColors);
-        json->key("boneGroups").openArray();
+        Json groups = Json::array();
         for (const y3d::BoneGroup* group : submesh->mBoneGroups)
         {
-            json->openObject();
-            json->key("name").value(group->mName);
-            json->key("weights").value(group->mWeights.size());
-            json->closeObject();
+            groups.push_back({{"name", jsonText(group->mName)}, {"weights", group->mWeights.size()}});
         }
-        json->closeArray();
-        writeBox(json, submesh->hasBoundingBox(), submesh->getBoundingBox());
-        json->closeObject();
+        submeshes.push_back({{"material", jsonText(submesh->getMaterialName())},
+                             {"vertices", submesh->getNumVertices()},
+                             {"indices", submesh->getNumIndices()},
+                             {"normals", submesh->getNormals() ? submesh->getNormals()->size() : 0},
+                             {"uvws", sizesJson(submesh->mUVWs)},
+                             {"colors", sizesJson(submesh->mColors)},
+                             {"boneGroups", groups},
+                             {"box", boxJson(submesh->hasBoundingBox(), submesh->getBoundingBox())}});
     }
-    json->closeArray();
-    json->closeObject();
+    return {{"name", jsonText(mesh.getName())},
+            {"flags", mesh.mMeshFlags},
+            {"vertices", countVertices(mesh)},
+            {"triangles", countTriangles(mesh)},
+            {"box", boxJson(mesh.hasBoundingBox(), mesh.getBoundingBox())},
+            {"submeshes", submeshes}};
 }
 
-void writeMaterial(JsonWriter* json, const y3d::Material& material)
+Json materialJson(const y3d::Material& material)
 {
-    json->openObject();
-    json->key("name").value(material.getName());
-    json->key("shadeless").value(material.isShadeless());
-    json->key("defaultOnFlag").value(material.mDefaultOnFlag);
-    json->key("attributes").openArray();
+    Json attributes = Json::array();
     for (const y3d::Material::Attribute* attribute : material.mAttributes)
     {
-        const y3d::Color4f& color = attribute->getColor();
-        json->openObject();
-        json->key("name").value(attribute->getName());
-        json->key("color").values({color.r, color.g, color.b, color.a});
-        json->key("textures").openArray();
+        Json textures = Json::array();
         for (const y3d::Texture* texture : attribute->mTextures)
         {
-            json->openObject();
-            json->key("name").value(texture->getName());
-            json->key("image").value(texture->getImageName());
-            json->key("value").value(static_cast<int>(texture->mValue));
-            json->closeObject();
+            textures.push_back({{"name", jsonText(texture->getName())},
+                                {"image", jsonText(texture->getImageName())},
+                                {"value", texture->mValue}});
         }
-        json->closeArray();
-        json->closeObject();
+        const y3d::Color4f& color = attribute->getColor();
+        attributes.push_back({{"name", jsonText(attribute->getName())},
+                              {"color", {color.r, color.g, color.b, color.a}},
+                              {"textures", textures}});
     }
-    json->closeArray();
-    json->closeObject();
+    return {{"name", jsonText(material.getName())},
+            {"shadeless", material.isShadeless()},
+            {"defaultOnFlag", material.mDefaultOnFlag},
+            {"attributes", attributes}};
 }
 
-void writeTrack(JsonWriter* json, const NamedTrack& track)
+Json trackJson(const NamedTrack& track)
 {
-    std::vector<float> bases;
-    for (const NamedCurve& curve : track.curves) bases.push_back(curve.curve->mBaseValue);
-    json->key(track.name).openObject();
-    json->key("base").values(bases);
-    json->key("curves").openArray();
+    Json bases = Json::array(), curves = Json::array();
     for (const NamedCurve& named : track.curves)
     {
         const y3d::TrackBlenderFloat& curve = *named.curve;
+        bases.push_back(curve.mBaseValue);
         if (curve.mKeys.empty()) continue;
-        json->openObject();
-        json->key("component").value(named.component);
-        json->key("keys").value(curve.mKeys.size());
-        json->key("from").value(curve.mKeys.front().mPoint.x);
-        json->key("to").value(curve.mKeys.back().mPoint.x);
-        json->key("interpolation").value(nameOfInterpolation(curve.mInterpolation));
-        json->key("extrapolation").value(nameOfExtrapolation(curve.mExtrapolation));
-        json->closeObject();
+        curves.push_back({{"component", named.component},
+                          {"keys", curve.mKeys.size()},
+                          {"from", curve.mKeys.front().mPoint.x},
+                          {"to", curve.mKeys.back().mPoint.x},
+                          {"interpolation", nameOfInterpolation(curve.mInterpolation)},
+                          {"extrapolation", nameOfExtrapolation(curve.mExtrapolation)}});
     }
-    json->closeArray();
-    json->closeObject();
+    return {{"base", bases}, {"curves", curves}};
 }
 
-void writeNode(JsonWriter* json, const y3d::SceneNode& node)
+Json nodeJson(const y3d::SceneNode& node)
 {
-    json->openObject();
-    json->key("type").value(kindOf(node));
-    json->key("name").value(node.getName());
+    Json json = {{"type", kindOf(node)}, {"name", jsonText(node.getName())}};
     if (node.getType() == y3d::CHUNK_MESHINSTANCE)
     {
         const y3d::MeshInstance& instance = static_cast<const y3d::MeshInstance&>(node);
-        json->key("mesh").value(instance.getMeshName());
-        json->key("materials").openObject();
+        Json materials = Json::object();
         for (const auto& reference : instance.mMaterialReferences)
         {
-            json->key(std::to_string(reference.first)).value(reference.second);
+            materials[std::to_string(reference.first)] = jsonText(reference.second);
         }
-        json->closeObject();
+        json["mesh"] = jsonText(instance.getMeshName());
+        json["materials"] = materials;
     }
     if (node.getType() == y3d::CHUNK_ARMATURE)
     {
-        json->key("bones").value(countBones(static_cast<const y3d::Armature&>(node).mBoneRoot));
+        json["bones"] = countBones(static_cast<const y3d::Armature&>(node).mBoneRoot);
     }
-    if (node.getType() != y3d::CHUNK_SCENE) json->key("static").value(node.isStatic());
-    for (const NamedTrack& track : tracksOf(node)) writeTrack(json, track);
-    json->key("children").openArray();
-    for (const y3d::SceneNode* child : node.mChildren) writeNode(json, *child);
-    json->closeArray();
-    json->closeObject();
+    if (node.getType() != y3d::CHUNK_SCENE) json["static"] = node.isStatic();
+    for (const NamedTrack& track : tracksOf(node)) json[track.name] = trackJson(track);
+    json["children"] = Json::array();
+    for (const y3d::SceneNode* child : node.mChildren) json["children"].push_back(nodeJson(*child));
+    return json;
 }
 
-void writeFile(const SceneFile& file)
+Json fileJson(const SceneFile& file)
 {
     const y3d::Manager& manager = file.manager;
-    JsonWriter json;
-    json.openObject();
-    json.key("file").value(file.name);
-    json.key("bytes").value(file.bytes.size());
-    json.key("meshes").openArray();
-    for (const y3d::Mesh* mesh : manager.mMeshes) writeMesh(&json, *mesh);
-    json.closeArray();
-    json.key("materials").openArray();
-    for (const y3d::Material* material : manager.mMaterials) writeMaterial(&json, *material);
-    json.closeArray();
-    json.key("images").openArray();
+    Json meshes = Json::array(), materials = Json::array(), images = Json::array(), scenes = Json::array();
+    for (const y3d::Mesh* mesh : manager.mMeshes) meshes.push_back(meshJson(*mesh));
+    for (const y3d::Material* material : manager.mMaterials) materials.push_back(materialJson(*material));
     for (const y3d::Image* image : manager.mImages)
     {
-        json.openObject();
-        json.key("name").value(image->getName());
-        json.key("file").value(image->getFileName());
-        json.closeObject();
+        images.push_back({{"name", jsonText(image->getName())}, {"file", jsonText(image->getFileName())}});
     }
-    json.closeArray();
-    json.key("scenes").openArray();
-    for (const y3d::Scene* scene : manager.mScenes) writeNode(&json, *scene);
-    json.closeArray();
-    json.closeObject();
+    for (const y3d::Scene* scene : manager.mScenes) scenes.push_back(nodeJson(*scene));
+    return {{"file", jsonText(file.name)}, {"bytes", file.bytes.size()}, {"meshes", meshes},
+            {"materials", materials},      {"images", images},           {"scenes", scenes}};
 }
 
 } // namespace
@@ -334,7 +291,7 @@ int runInfo(const Arguments& arguments)
 {
     const SceneFile file(arguments.files[0]);
     if (arguments.has("--json"))
-        writeFile(file);
+        printJson(fileJson(file));
     else
         printFile(file);
     return STATUS_FINE;

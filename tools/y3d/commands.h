@@ -28,3 +28,4 @@ int runCheck(const Arguments& arguments);
 int runCopy(const Arguments& arguments);
 int runOptimize(const Arguments& arguments);
 int runStrips(const Arguments& arguments);
+int runView(const Arguments& arguments);
