@@ -37,6 +37,10 @@ public:
     virtual bool openForRead(const unsigned char*, int) { return false; }
     virtual bool openForWrite(const std::string&, const Format&, ArchiveManager*) { return false; }
 
+    // Offers one more implementation, which is asked before the system's own and before those offered earlier. Always
+    // true, so that a constant can hold the call.
+    static bool offer(VideoFile* (*make)());
+
     // The first implementation that takes the job; it belongs to the caller. Throws AM::Exception when none does.
     static VideoFile* createForRead(const std::string& filename);
     static VideoFile* createForRead(const unsigned char* buffer, int bufferLength);

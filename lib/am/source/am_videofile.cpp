@@ -1,6 +1,7 @@
 #include "am_videofile.h"
 
 #include <memory>
+#include <vector>
 
 #include "am_exception.h"
 #include "am_videofile_imagedumper.h"
@@ -9,22 +10,35 @@ namespace AM
 {
 namespace
 {
-// The implementations in the order in which they are tried; null behind the last one.
-VideoFile* getImpl(int index)
+VideoFile* makeImageDumper()
 {
-    return index == 0 ? new VideoFileImageDumper : nullptr;
+    return new VideoFileImageDumper;
+}
+
+// The makers of all implementations, in the order in which they are tried from the last to the first.
+std::vector<VideoFile* (*)()>& makers()
+{
+    static std::vector<VideoFile* (*)()> list = {makeImageDumper};
+    return list;
 }
 
 // The first implementation whose `open` succeeds, else null.
 template <class Open> VideoFile* findImpl(Open open)
 {
-    for (int index = 0;; ++index)
+    for (auto make = makers().rbegin(); make != makers().rend(); ++make)
     {
-        std::unique_ptr<VideoFile> file(getImpl(index));
-        if (!file || open(*file)) return file.release();
+        std::unique_ptr<VideoFile> file((*make)());
+        if (open(*file)) return file.release();
     }
+    return nullptr;
 }
 } // namespace
+
+bool VideoFile::offer(VideoFile* (*make)())
+{
+    makers().push_back(make);
+    return true;
+}
 
 VideoFile* VideoFile::createForRead(const std::string& filename)
 {
