@@ -120,6 +120,36 @@ TEST(TrackBlenderFloat, valuesInsideAndOutsideTheKeys)
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
 }
 
+// A movement without end, told by its first cycle, at the frames of a minute: many lie within rounding of a whole
+// cycle.
+TEST(TrackBlenderFloat, cyclesWithOffsetJoinWithoutAJump)
+{
+    const auto straight = [](float time) {
+        return Key{Vector2f(time - 0.01f, time - 0.01f), Vector2f(time, time), Vector2f(time + 0.01f, time + 0.01f)};
+    };
+    testing::internal::CaptureStdout();
+    int jumps = 0;
+    for (const int interpolation : {1, 2})
+    {
+        for (const float end : {0.28f, 0.36f, 0.56f})
+        {
+            for (const std::vector<Key>& keys : {std::vector<Key>{straight(0.04f), straight(end)},
+                                                 std::vector<Key>{straight(0.04f), straight(0.08f), straight(end)}})
+            {
+                const Curve curve = curveOf(interpolation, 3, keys);
+                for (int frame = -750; frame < 1500; ++frame)
+                {
+                    const float time = 0.04f * static_cast<float>(frame);
+                    jumps += std::fabs(curve.getValue(time) - time) > 1e-3f;
+                }
+            }
+        }
+    }
+    EXPECT_EQ(jumps, 0);
+    EXPECT_EQ(curveOf(1, 3, {key(0.04f, 0), key(0.08f, 1), key(0.28f, 10)}).getValue(0.28f), 10.0f);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+}
+
 TEST(TrackBlenderFloat, bezierGoesThroughTimeAndValueTogether)
 {
     // Times 0, 1, 2, 3 make the parameter a third of the time.
