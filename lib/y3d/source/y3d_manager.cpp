@@ -10,7 +10,6 @@
 #include "y3d_scene.h"
 
 #include <climits>
-#include <cstdio>
 #include <cstring>
 
 namespace y3d
@@ -105,10 +104,10 @@ void Manager::loadChunkMain(ChunkLib::ReadBuffer& buffer)
             loadNamed(buffer, &mImages, &mImageIndices);
             break;
         case CHUNK_SCENE:
-            loadOwned(buffer, &mScenes);
+            if (!isLeftOut(buffer, sizeof(Scene))) loadOwned(buffer, &mScenes);
             break;
         default:
-            std::printf("Unknown chunk with ID=0x%X\n", id);
+            report(buffer, "Unknown chunk with ID=0x%X\n", id);
             break;
         }
     }

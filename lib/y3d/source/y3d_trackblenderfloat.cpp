@@ -109,9 +109,8 @@ void TrackBlenderFloat::clear()
 
 void TrackBlenderFloat::loadKeys(ChunkLib::ReadBuffer& buffer)
 {
-    unsigned char mode;
-    if (buffer.read(mode)) mInterpolation = mode;
-    if (buffer.read(mode)) mExtrapolation = mode;
+    buffer.read(mInterpolation);
+    buffer.read(mExtrapolation);
 
     const unsigned int length = buffer.getLength();
     mKeys.clear();
@@ -146,8 +145,8 @@ void TrackBlenderFloat::writeChunk(ChunkLib::WriteBuffer& buffer, unsigned short
     if (mKeys.empty()) return;
 
     buffer.openChunk(id);
-    buffer.write(static_cast<unsigned char>(mInterpolation));
-    buffer.write(static_cast<unsigned char>(mExtrapolation));
+    buffer.write(mInterpolation);
+    buffer.write(mExtrapolation);
     for (const Key& key : mKeys) buffer.writeBytes(&key, sizeof key);
     buffer.closeChunk();
 }
@@ -236,8 +235,7 @@ int TrackBlenderFloat::findSegment(float time) const
 {
     if (mKeys.size() == 2)
     {
-        const bool known = mExtrapolation >= EXTRAPOLATION_CONSTANT && mExtrapolation <= EXTRAPOLATION_CYCLIC_OFFSET;
-        if (!known && !isSegment(0, time)) return -1;
+        if (mExtrapolation > EXTRAPOLATION_CYCLIC_OFFSET && !isSegment(0, time)) return -1;
         const bool jumps = mExtrapolation == EXTRAPOLATION_CYCLIC_OFFSET && mInterpolation != INTERPOLATION_LINEAR;
         if (jumps && mKeys[0].mPoint.x < mKeys[1].mPoint.x && time >= mKeys[1].mPoint.x) return -1;
         return mLastKey = 0;

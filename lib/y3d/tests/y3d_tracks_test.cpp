@@ -20,7 +20,7 @@ namespace
 typedef TrackBlenderFloat Curve;
 typedef Curve::Key Key;
 
-Curve curveOf(int interpolation, int extrapolation, const std::vector<Key>& keys)
+Curve curveOf(unsigned char interpolation, unsigned char extrapolation, const std::vector<Key>& keys)
 {
     Curve curve;
     curve.mBaseValue = 99.0f;
@@ -80,7 +80,7 @@ TEST(TrackBlenderFloat, valuesInsideAndOutsideTheKeys)
     };
     struct
     {
-        int interpolation, extrapolation;
+        unsigned char interpolation, extrapolation;
         const std::vector<Key>* keys;
         std::vector<std::pair<float, float>> values; // time and value
     } const cases[] = {
@@ -109,7 +109,7 @@ TEST(TrackBlenderFloat, valuesInsideAndOutsideTheKeys)
         for (const auto& [time, value] : test.values)
         {
             SCOPED_TRACE(testing::Message()
-                         << "interpolation " << test.interpolation << ", extrapolation " << test.extrapolation
+                         << "interpolation " << +test.interpolation << ", extrapolation " << +test.extrapolation
                          << ", keys " << test.keys->size() << ", time " << time);
             EXPECT_NEAR(curve.getValue(time), value, 1e-5f);
         }
@@ -129,7 +129,7 @@ TEST(TrackBlenderFloat, cyclesWithOffsetJoinWithoutAJump)
     };
     testing::internal::CaptureStdout();
     int jumps = 0;
-    for (const int interpolation : {1, 2})
+    for (const unsigned char interpolation : {1, 2})
     {
         for (const float end : {0.28f, 0.36f, 0.56f})
         {
