@@ -7,7 +7,8 @@
 namespace ChunkLib
 {
 class ReadBuffer;
-}
+class WriteBuffer;
+} // namespace ChunkLib
 
 namespace y3d
 {
@@ -73,6 +74,9 @@ public:
     std::map<std::string, int> mImageIndices; // name to position in the list; a tool that fills the lists itself
     std::map<std::string, int> mMeshIndices;  // enters the names too
     std::map<std::string, int> mMaterialIndices;
+
+private:
+    void writeChunkMain(ChunkLib::WriteBuffer& buffer) const;
 };
 
 } // namespace y3d

@@ -10,7 +10,7 @@
 #include "y3d_scene.h"
 
 #include <climits>
-#include <cstring>
+#include <memory>
 
 namespace y3d
 {
@@ -118,22 +118,30 @@ void Manager::write(unsigned char** data, int* size) const
     *data = nullptr;
     *size = 0;
 
-    ChunkLib::WriteBuffer buffer(FORMAT, MAJOR, MINOR, FLAGS);
+    // Measured first and then written into a block of the right size: taking memory is most of what large files cost.
+    ChunkLib::WriteBuffer measure(FORMAT, MAJOR, MINOR, FLAGS, nullptr, 0);
+    writeChunkMain(measure);
+    const std::size_t length = measure.getSize();
+    if (!measure.isComplete() || length > INT_MAX)
+    {
+        throw Exception("Manager::write, The file is too large (%zu bytes or more, at most %d)", length, INT_MAX);
+    }
+
+    std::unique_ptr<unsigned char[]> block(new unsigned char[length]);
+    ChunkLib::WriteBuffer buffer(FORMAT, MAJOR, MINOR, FLAGS, block.get(), length);
+    writeChunkMain(buffer);
+    *data = block.release();
+    *size = static_cast<int>(length);
+}
+
+void Manager::writeChunkMain(ChunkLib::WriteBuffer& buffer) const
+{
     buffer.openChunk(CHUNK_MAIN);
     for (const Mesh* mesh : mMeshes) mesh->writeChunk(buffer);
     for (const Material* material : mMaterials) material->writeChunk(buffer);
     for (const Image* image : mImages) image->writeChunk(buffer);
     for (Scene* scene : mScenes) scene->writeChunk(buffer);
     buffer.closeChunk();
-
-    const auto& bytes = buffer.getData();
-    if (!buffer.isComplete() || bytes.size() > INT_MAX)
-    {
-        throw Exception("Manager::write, The file is too large (%zu bytes or more, at most %d)", bytes.size(), INT_MAX);
-    }
-    *data = new unsigned char[bytes.size()];
-    std::memcpy(*data, bytes.data(), bytes.size());
-    *size = static_cast<int>(bytes.size());
 }
 
 void Manager::clear()
