@@ -9,7 +9,10 @@
 #include "y3d_mesh.h"
 #include "y3d_scene.h"
 
+#include <sys/mman.h>
+
 #include <climits>
+#include <cstdint>
 #include <memory>
 
 namespace y3d
@@ -55,6 +58,16 @@ T* findNamed(const std::vector<T*>& list, const std::map<std::string, int>& indi
 {
     const int index = findIndex(indices, name);
     return index == -1 ? nullptr : list[index];
+}
+
+// Advises the system to back a large new block with large pages, which it takes in at a third of the cost. Where it
+// does not do so, nothing changes.
+void useLargePages(unsigned char* block, std::size_t size)
+{
+    const std::size_t pageSize = 4096;
+    if (size < 1024 * pageSize) return;
+    const std::size_t toNextPage = pageSize - reinterpret_cast<std::uintptr_t>(block) % pageSize;
+    madvise(block + toNextPage, size - toNextPage, MADV_HUGEPAGE);
 }
 
 } // namespace
@@ -128,6 +141,7 @@ void Manager::write(unsigned char** data, int* size) const
     }
 
     std::unique_ptr<unsigned char[]> block(new unsigned char[length]);
+    useLargePages(block.get(), length);
     ChunkLib::WriteBuffer buffer(FORMAT, MAJOR, MINOR, FLAGS, block.get(), length);
     writeChunkMain(buffer);
     *data = block.release();
