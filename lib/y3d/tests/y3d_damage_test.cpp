@@ -70,7 +70,7 @@ TEST(Damage, isSurvivedAtEveryByte)
 {
     testing::internal::CaptureStdout(); // unknown chunks and keys out of order give lines
     const std::string skeleton = file(chunk(CHUNK_SCENE, armature()));
-    for (const std::string& good : {fileOfEverything(), skeleton})
+    for (const std::string& good : {corpus("everything.y3d"), skeleton})
     {
         for (std::size_t i = 0; i < good.size(); ++i)
         {
