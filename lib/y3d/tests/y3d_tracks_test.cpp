@@ -337,17 +337,3 @@ TEST(TrackQuatf, alwaysGivesASoundRotation)
     track.mEuler = true;
     EXPECT_THROW(track.setBaseValue(Quatf()), Exception);
 }
-
-TEST(Tracks, areStaticWithoutASecondKeyOrACycle)
-{
-    TrackQuatf track;
-    track.mZ.mKeys = ONE;
-    EXPECT_TRUE(track.isStatic());
-    track.mZ.mExtrapolation = 1;
-    EXPECT_FALSE(track.isStatic());
-    track.mZ.clear();
-    track.mW.mKeys = TWO;
-    EXPECT_FALSE(track.isStatic());
-    track.mEuler = true;
-    EXPECT_TRUE(track.isStatic());
-}
