@@ -94,14 +94,11 @@ TEST(Damage, ofALengthIsHeldWithinTheParent)
 {
     // A list of 13 bytes that claims 4 GB, in a submesh that does so too, in a mesh of 25 bytes.
     const std::string list = std::string("\x00\xFF\xFF\xFF\xFF\xFF", 6) + floats({1, 2, 3}) + "!";
-    const std::string mesh = chunk(CHUNK_MESH, std::string("\x00\x22\xF0\xFF\xFF\xFF", 6) + list);
-    const std::string main = std::string("Y3DF\0\4\0\x10\xFF\xFF\xFF\xFF", 12);
+    const std::string mesh = named(CHUNK_MESH, "m", std::string("\x00\x22\xF0\xFF\xFF\xFF", 6) + list);
     Manager manager;
-    EXPECT_EQ(load(&manager, main + mesh + named(CHUNK_IMAGE, "behind")), "");
+    load(&manager, std::string("Y3DF\0\4\0\x10\xFF\xFF\xFF\xFF", 12) + mesh + named(CHUNK_IMAGE, "behind"));
     EXPECT_NE(manager.getImage("behind"), nullptr);
-    ASSERT_EQ(manager.mMeshes.size(), 1u);
-    ASSERT_EQ(manager.mMeshes[0]->getNumSubmeshes(), 1);
-    EXPECT_EQ(manager.mMeshes[0]->getSubmesh(0)->getNumVertices(), 1);
+    EXPECT_EQ(manager.getMesh("m")->getSubmesh(0)->getNumVertices(), 1);
 }
 
 TEST(Damage, costsNoMoreMemoryAndLinesThanAFileOfItsLengthMay)
