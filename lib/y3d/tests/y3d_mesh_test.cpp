@@ -68,6 +68,17 @@ TEST(Submesh, leavesEmptyListsOutOfAFile)
                                                                   named(CHUNK_BONEGROUP, "g")))));
 }
 
+TEST(Submesh, writesLongListsWhole)
+{
+    std::string indices;
+    for (unsigned int i = 0; i < 70000; ++i) indices += integer(i);
+    const std::string bytes = file(named(
+        CHUNK_MESH, "", chunk(CHUNK_SUBMESH, chunk(CHUNK_MATERIAL_NAME, text("")) + chunk(CHUNK_INDICES, indices))));
+    Manager manager;
+    load(&manager, bytes);
+    EXPECT_TRUE(write(manager) == bytes);
+}
+
 TEST(Submesh, ownsTheListsThatAreSet)
 {
     Submesh submesh; // leaks and double frees are the sanitizer's to find
