@@ -85,6 +85,11 @@ public:
     uint32 mOffset = 0;                                        // never behind the end of the innermost chunk
     uint32 mLength;                                            // of the block
 
+    // What the stream has brought about so far, in bytes, for readers that keep that in proportion to what they read.
+    uint64_t mOutput = 0; // printed
+    uint64_t mMemory = 0; // taken for objects
+    bool mSilent = false; // no more is to be printed
+
 private:
     // The offset behind the last byte that may be read now.
     uint32 getEnd() const { return mChunkStack.empty() ? mLength : mChunkStack.top().mLastOffset; }

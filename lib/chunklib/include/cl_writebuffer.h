@@ -19,6 +19,11 @@ public:
     // Writes the header. `format` has exactly four characters; `flags` are BufferFlags.
     WriteBuffer(const std::string& format, unsigned char majorVersion, unsigned char minorVersion, unsigned int flags);
 
+    // The same into a block of the caller's in place of getData(), which stays empty; what the block does not hold is
+    // not written. getSize() counts it all the same: a block of no size measures a stream.
+    WriteBuffer(const std::string& format, unsigned char majorVersion, unsigned char minorVersion, unsigned int flags,
+                uint8* block, std::size_t blockSize);
+
     void openChunk(unsigned short id);
 
     // Closes the innermost chunk; nothing happens when none is open.
@@ -42,6 +47,9 @@ public:
     // The bytes so far. Chunks with a length field that are still open hold 0xFFFFFFFF in its place.
     const std::vector<uint8>& getData() const { return mData; }
 
+    // Their number.
+    std::size_t getSize() const { return mSize; }
+
     // False once something was left out because offsets, which have 32 bits, would not have reached it.
     bool isComplete() const { return mComplete; }
 
@@ -62,6 +70,10 @@ public:
     BDT mBDT;
     std::stack<ChunkData, std::vector<ChunkData>> mChunkStack; // the chunks now open
     std::vector<uint8> mData;
+    bool mOwnsData = true;      // else the bytes go to mBlock
+    uint8* mBlock = nullptr;    // not owned
+    std::size_t mBlockSize = 0; // what it holds
+    std::size_t mSize = 0;      // of the stream
     bool mComplete = true;
 
 private:

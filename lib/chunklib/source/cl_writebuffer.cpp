@@ -1,5 +1,6 @@
 #include "cl_writebuffer.h"
 
+#include <algorithm>
 #include <cassert>
 #include <cstdio>
 #include <cstring>
@@ -24,6 +25,14 @@ WriteBuffer::WriteBuffer(const std::string& format, unsigned char majorVersion, 
     writeHeader();
 }
 
+WriteBuffer::WriteBuffer(const std::string& format, unsigned char majorVersion, unsigned char minorVersion,
+                         unsigned int flags, uint8* block, std::size_t blockSize)
+    : mFormat(format), mMajor(majorVersion), mMinor(minorVersion), mFlags(flags), mOwnsData(false), mBlock(block),
+      mBlockSize(blockSize)
+{
+    writeHeader();
+}
+
 void WriteBuffer::writeHeader()
 {
     assert(mFormat.size()==4);
@@ -35,7 +44,7 @@ void WriteBuffer::writeHeader()
 void WriteBuffer::openChunk(unsigned short id)
 {
     write(id);
-    mChunkStack.push({id, static_cast<uint32>(mData.size())});
+    mChunkStack.push({id, static_cast<uint32>(mSize)});
     if (mBDT.getImplicitLength(id, mFlags) == 0) write(LENGTH_PLACEHOLDER);
 }
 
@@ -47,14 +56,15 @@ void WriteBuffer::closeChunk()
     mChunkStack.pop();
     if (mBDT.getImplicitLength(chunk.mID, mFlags) != 0 || !mComplete) return;
 
-    const uint32 length = static_cast<uint32>(mData.size()) - chunk.mOffset - LENGTH_SIZE;
+    const uint32 length = static_cast<uint32>(mSize) - chunk.mOffset - LENGTH_SIZE;
     if (length != 0 || (mFlags & KEEP_EMPTY_CHUNKS))
     {
         store(&length, LENGTH_SIZE, chunk.mOffset);
     }
     else
     {
-        mData.resize(chunk.mOffset - ID_SIZE);
+        mSize = chunk.mOffset - ID_SIZE;
+        if (mOwnsData) mData.resize(mSize);
     }
 }
 
@@ -77,16 +87,23 @@ bool WriteBuffer::save(const std::string& name) const
 void WriteBuffer::store(const void* data, unsigned int size, unsigned int offset)
 {
     if (size == 0) return;
-    if (offset != AT_END)
+    if (offset == AT_END)
     {
-        if (size <= mData.size() && offset <= mData.size() - size) std::memcpy(mData.data() + offset, data, size);
-        return;
+        mComplete = mComplete && size <= MAX_SIZE - mSize;
+        if (!mComplete) return;
+        offset = static_cast<uint32>(mSize);
+        mSize += size;
+        if (mOwnsData)
+        {
+            const uint8* bytes = static_cast<const uint8*>(data);
+            mData.insert(mData.end(), bytes, bytes + size);
+            return;
+        }
     }
 
-    mComplete = mComplete && size <= MAX_SIZE - mData.size();
-    if (!mComplete) return;
-    const uint8* bytes = static_cast<const uint8*>(data);
-    mData.insert(mData.end(), bytes, bytes + size);
+    uint8* const target = mOwnsData ? mData.data() : mBlock;
+    const std::size_t end = mOwnsData ? mSize : std::min(mSize, mBlockSize);
+    if (size <= end && offset <= end - size) std::memcpy(target + offset, data, size);
 }
 
 } // namespace ChunkLib

@@ -41,6 +41,20 @@ bool isOutOfOrder(const TrackBlenderFloat::Key& a, const TrackBlenderFloat::Key&
     return !(a.mPoint.x <= b.mPoint.x);
 }
 
+// The roots that are valid lie within the segment, by a little more than rounding.
+void solve(const TrackBlenderFloat& curve, const TrackBlenderFloat::Key& a, const TrackBlenderFloat::Key& b)
+{
+    for (const float time : {a.mPoint.x, b.mPoint.x, 0.5f * (a.mPoint.x + b.mPoint.x), 2.0f * b.mPoint.x})
+    {
+        float roots[3];
+        const int count = curve.solveForTime(a, b, time, roots);
+        if (std::any_of(roots, roots + count, [](float root) { return !(root >= -1e-9f && root <= 1.00001f); }))
+        {
+            std::abort();
+        }
+    }
+}
+
 void evaluate(const TrackBlenderFloat& curve)
 {
     TrackBlenderFloat fresh = curve;
@@ -52,6 +66,7 @@ void evaluate(const TrackBlenderFloat& curve)
         const float again = fresh.getValue(time);
         if (sorted && !(value == again) && !(std::isnan(value) && std::isnan(again))) std::abort();
     }
+    for (std::size_t i = 1; i < curve.mKeys.size(); ++i) solve(curve, curve.mKeys[i - 1], curve.mKeys[i]);
     curve.isStatic();
 }
 
@@ -59,6 +74,7 @@ void evaluate(const TrackVector3f& track)
 {
     for (const TrackBlenderFloat* curve : {&track.mX, &track.mY, &track.mZ}) evaluate(*curve);
     track.getValue(1.0f);
+    track.isStatic();
 }
 
 void evaluate(const TrackQuatf& track)
@@ -72,6 +88,7 @@ void evaluate(const TrackQuatf& track)
             if (!(std::fabs(length - 1.0f) < 1e-3f)) std::abort();
         }
     }
+    track.isStatic();
 }
 
 void evaluate(const TrackColor4f& track)

@@ -7,7 +7,8 @@
 namespace ChunkLib
 {
 class ReadBuffer;
-}
+class WriteBuffer;
+} // namespace ChunkLib
 
 namespace y3d
 {
@@ -29,7 +30,8 @@ public:
 
     // Reads a whole file from memory and adds its objects to those that are there. The block is not needed afterwards.
     // Throws y3d::Exception when the block is no Y3D file of version 0:4 or does not begin with the main chunk;
-    // anything else that is wrong costs only the object it is in. Unknown chunks give lines on standard output.
+    // anything else that is wrong costs only the object it is in. Unknown chunks give lines on standard output, in
+    // proportion to the length of the file, and so stays the memory for nodes.
     void load(const unsigned char* data, int size);
 
     // Reads the children of the main chunk, which the caller has opened.
@@ -72,6 +74,9 @@ public:
     std::map<std::string, int> mImageIndices; // name to position in the list; a tool that fills the lists itself
     std::map<std::string, int> mMeshIndices;  // enters the names too
     std::map<std::string, int> mMaterialIndices;
+
+private:
+    void writeChunkMain(ChunkLib::WriteBuffer& buffer) const;
 };
 
 } // namespace y3d

@@ -22,7 +22,8 @@ class SceneNode
 public:
     // The chunks of nodes and bones lie at most this deep in a file, counted from the main chunk as 1; the two levels
     // more that can be read are for a node's tracks and their values. Loading leaves out what lies deeper, with a line
-    // on standard output, and writing refuses it, so that neither runs out of stack.
+    // on standard output, and writing refuses it, so that neither runs out of stack. Loading also leaves out what comes
+    // behind so many empty nodes that their memory is in no proportion to the file.
     static const unsigned int MAX_LEVELS = ChunkLib::ReadBuffer::MAX_LEVELS - 2;
 
     SceneNode();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <vector>
 
 #include "mb_vector2f.h"
@@ -66,11 +67,11 @@ public:
     // True when the value is the same at any time.
     bool isStatic() const;
 
-    float mBaseValue = 0.0f;                     // the value without keys
-    int mInterpolation = INTERPOLATION_CONSTANT; // Interpolation
-    int mExtrapolation = EXTRAPOLATION_CONSTANT; // Extrapolation
-    std::vector<Key> mKeys;                      // ascending in time
-    mutable int mLastKey = -1;                   // segment of the last evaluation, -1 for none; only a shortcut
+    float mBaseValue = 0.0f;                              // the value without keys
+    std::uint8_t mInterpolation = INTERPOLATION_CONSTANT; // Interpolation; a byte, as in a file
+    std::uint8_t mExtrapolation = EXTRAPOLATION_CONSTANT; // Extrapolation
+    std::vector<Key> mKeys;                               // ascending in time
+    mutable int mLastKey = -1; // segment of the last evaluation, -1 for none; only a shortcut
 
 private:
     void correctHandles();

@@ -4,8 +4,6 @@
 #include "y3d_chunks.h"
 #include "y3d_fields.h"
 
-#include <cstdio>
-
 namespace y3d
 {
 
@@ -22,13 +20,13 @@ void Armature::Bone::loadChunk(ChunkLib::ReadBuffer& buffer)
         switch (id)
         {
         case CHUNK_BONE:
-            if (!isTooDeep(buffer)) loadOwned(buffer, &mChildren);
+            if (!isLeftOut(buffer, sizeof(Bone))) loadOwned(buffer, &mChildren);
             break;
         case CHUNK_NAME:
             buffer.read(mName);
             break;
         case CHUNK_TRACK_ROTATION:
-            std::printf("  got rotation for bone\n");
+            report(buffer, "  got rotation for bone\n");
             mRotation.loadChunk(buffer);
             break;
         default:
@@ -59,11 +57,11 @@ void Armature::loadChunkItem(int id, ChunkLib::ReadBuffer& buffer)
     switch (id)
     {
     case CHUNK_BONE:
-        std::printf("  rootbone\n");
+        report(buffer, "  rootbone\n");
         mBoneRoot.loadChunk(buffer);
         break;
     default:
-        std::printf("armature::loadchunkitem::unknown 0x%X\n", id);
+        report(buffer, "armature::loadchunkitem::unknown 0x%X\n", id);
         break;
     }
 }

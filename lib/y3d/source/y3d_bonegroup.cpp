@@ -4,8 +4,6 @@
 #include "y3d_chunks.h"
 #include "y3d_fields.h"
 
-#include <cstdio>
-
 namespace y3d
 {
 
@@ -30,10 +28,10 @@ void BoneGroup::loadChunk(ChunkLib::ReadBuffer& buffer)
             break;
         case CHUNK_NAME:
             buffer.read(mName);
-            std::printf("    bonegroup::%s\n", mName.c_str());
+            report(buffer, "    bonegroup::%s\n", mName.c_str());
             break;
         default:
-            std::printf("Unknown chunk with ID=0x%X\n", id);
+            report(buffer, "Unknown chunk with ID=0x%X\n", id);
             break;
         }
     }

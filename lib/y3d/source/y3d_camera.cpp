@@ -2,8 +2,7 @@
 
 #include "cl_writebuffer.h"
 #include "y3d_chunks.h"
-
-#include <cstdio>
+#include "y3d_fields.h"
 
 namespace y3d
 {
@@ -41,7 +40,7 @@ void Camera::loadChunkItem(int id, ChunkLib::ReadBuffer& buffer)
         mFov.loadChunk(buffer);
         break;
     default:
-        std::printf("camera::loadchunkitem::unknown 0x%X\n", id);
+        report(buffer, "camera::loadchunkitem::unknown 0x%X\n", id);
         break;
     }
 }

@@ -4,8 +4,6 @@
 #include "y3d_chunks.h"
 #include "y3d_fields.h"
 
-#include <cstdio>
-
 namespace y3d
 {
 
@@ -39,7 +37,7 @@ void Image::loadChunk(ChunkLib::ReadBuffer& buffer)
             buffer.read(mFileName);
             break;
         default:
-            std::printf("Unknown chunk with ID=0x%X\n", id);
+            report(buffer, "Unknown chunk with ID=0x%X\n", id);
             break;
         }
     }

@@ -3,8 +3,6 @@
 #include "y3d_chunks.h"
 #include "y3d_fields.h"
 
-#include <cstdio>
-
 namespace y3d
 {
 
@@ -59,7 +57,7 @@ void Light::loadChunkItem(int id, ChunkLib::ReadBuffer& buffer)
         loadBool(buffer, &mLightFlag);
         break;
     default:
-        std::printf("light::loadchunkitem::unknown 0x%X\n", id);
+        report(buffer, "light::loadchunkitem::unknown 0x%X\n", id);
         break;
     }
 }

@@ -6,8 +6,6 @@
 #include "y3d_texture.h"
 #include "y3d_value.h"
 
-#include <cstdio>
-
 namespace y3d
 {
 
@@ -33,7 +31,7 @@ void Material::Attribute::loadChunk(ChunkLib::ReadBuffer& buffer)
             loadOwned(buffer, &mTextures);
             break;
         default:
-            std::printf("Unknown chunk with ID=0x%X\n", id);
+            report(buffer, "Unknown chunk with ID=0x%X\n", id);
             break;
         }
     }
@@ -88,7 +86,7 @@ void Material::loadChunk(ChunkLib::ReadBuffer& buffer)
             loadOwned(buffer, &mAttributes);
             break;
         default:
-            std::printf("Unknown chunk with ID=0x%X\n", id);
+            report(buffer, "Unknown chunk with ID=0x%X\n", id);
             break;
         }
     }

@@ -5,8 +5,6 @@
 #include "y3d_fields.h"
 #include "y3d_submesh.h"
 
-#include <cstdio>
-
 namespace y3d
 {
 
@@ -51,7 +49,7 @@ void Mesh::loadChunk(ChunkLib::ReadBuffer& buffer)
             loadOwned(buffer, &mSubmeshes);
             break;
         default:
-            std::printf("mesh::Unknown chunk with ID=0x%X\n", id);
+            report(buffer, "mesh::Unknown chunk with ID=0x%X\n", id);
             break;
         }
     }

@@ -3,8 +3,6 @@
 #include "y3d_chunks.h"
 #include "y3d_fields.h"
 
-#include <cstdio>
-
 namespace y3d
 {
 
@@ -56,7 +54,7 @@ void MeshInstance::loadChunkItem(int id, ChunkLib::ReadBuffer& buffer)
         break;
     }
     default:
-        std::printf("meshinstance::loadchunkitem::unknown 0x%X\n", id);
+        report(buffer, "meshinstance::loadchunkitem::unknown 0x%X\n", id);
         break;
     }
 }

@@ -2,8 +2,7 @@
 
 #include "cl_writebuffer.h"
 #include "y3d_chunks.h"
-
-#include <cstdio>
+#include "y3d_fields.h"
 
 namespace y3d
 {
@@ -30,9 +29,9 @@ void Scene::writeChunk(ChunkLib::WriteBuffer& buffer)
     buffer.closeChunk();
 }
 
-void Scene::loadChunkItem(int id, ChunkLib::ReadBuffer&)
+void Scene::loadChunkItem(int id, ChunkLib::ReadBuffer& buffer)
 {
-    std::printf("scene::loadchunkitem 0x%X\n", id);
+    report(buffer, "scene::loadchunkitem 0x%X\n", id);
 }
 
 } // namespace y3d

@@ -10,8 +10,6 @@
 #include "y3d_light.h"
 #include "y3d_meshinstance.h"
 
-#include <cstdio>
-
 namespace y3d
 {
 
@@ -21,7 +19,7 @@ namespace
 // Reads the open chunk into a new child. A child that fails with an exception of any type is destroyed and not added.
 template <class Node> void loadChild(ChunkLib::ReadBuffer& buffer, SceneNode* parent)
 {
-    if (isTooDeep(buffer)) return;
+    if (isLeftOut(buffer, sizeof(Node))) return;
     try
     {
         std::unique_ptr<SceneNode> child(new Node);

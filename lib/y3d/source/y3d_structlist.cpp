@@ -8,8 +8,7 @@ namespace y3d
 
 // An element lies in memory as it does in the stream, so lists are read and written many elements at a time.
 
-template <class T>
-void StructList<T>::loadElements(ChunkLib::ReadBuffer& buffer)
+template <class T> void StructList<T>::loadElements(ChunkLib::ReadBuffer& buffer)
 {
     static_assert(std::is_trivially_copyable<T>::value && sizeof(T) % 4 == 0, "elements are plain 4-byte values");
 
@@ -20,8 +19,7 @@ void StructList<T>::loadElements(ChunkLib::ReadBuffer& buffer)
     buffer.readBytes(this->data(), count * sizeof(T));
 }
 
-template <class T>
-void StructList<T>::writeChunk(ChunkLib::WriteBuffer& buffer, unsigned short id) const
+template <class T> void StructList<T>::writeChunk(ChunkLib::WriteBuffer& buffer, unsigned short id) const
 {
     const std::size_t step = 65536; // far from what the 32-bit size of one write could not hold
     buffer.openChunk(id);

@@ -6,7 +6,6 @@
 #include "y3d_fields.h"
 
 #include <cassert>
-#include <cstdio>
 
 namespace y3d
 {
@@ -111,7 +110,7 @@ void Submesh::loadChunk(ChunkLib::ReadBuffer& buffer)
             loadOwned(buffer, &mBoneGroups);
             break;
         default:
-            std::printf("Unknown chunk with ID=0x%X\n", id);
+            report(buffer, "Unknown chunk with ID=0x%X\n", id);
             break;
         }
     }

@@ -109,9 +109,8 @@ void TrackBlenderFloat::clear()
 
 void TrackBlenderFloat::loadKeys(ChunkLib::ReadBuffer& buffer)
 {
-    unsigned char mode;
-    if (buffer.read(mode)) mInterpolation = mode;
-    if (buffer.read(mode)) mExtrapolation = mode;
+    buffer.read(mInterpolation);
+    buffer.read(mExtrapolation);
 
     const unsigned int length = buffer.getLength();
     mKeys.clear();
@@ -146,8 +145,8 @@ void TrackBlenderFloat::writeChunk(ChunkLib::WriteBuffer& buffer, unsigned short
     if (mKeys.empty()) return;
 
     buffer.openChunk(id);
-    buffer.write(static_cast<unsigned char>(mInterpolation));
-    buffer.write(static_cast<unsigned char>(mExtrapolation));
+    buffer.write(mInterpolation);
+    buffer.write(mExtrapolation);
     for (const Key& key : mKeys) buffer.writeBytes(&key, sizeof key);
     buffer.closeChunk();
 }
@@ -197,7 +196,8 @@ bool TrackBlenderFloat::extrapolate(const Vector2f& end, const Vector2f& handle,
 
 // Brings a time outside the keys into their range: `*t` becomes the time within it, `*offset` what the cycles in
 // between have added. `cycleStart` is the end of the range that a remainder, with the sign of its dividend, counts
-// from.
+// from. At whole cycles rounding can leave the range: what comes out ahead of the first key is meant to be at it, and
+// in a cycle without offset what comes out behind the last key to be at that one.
 void TrackBlenderFloat::wrap(float time, float cycleStart, float* t, float* offset) const
 {
     const Vector2f& first = mKeys.front().mPoint;
@@ -206,6 +206,7 @@ void TrackBlenderFloat::wrap(float time, float cycleStart, float* t, float* offs
     if (mExtrapolation == EXTRAPOLATION_CYCLIC)
     {
         *t = cycleStart + std::fmod(time - first.x, duration);
+        if (first.x<last.x&& * t> last.x) *t = last.x;
     }
     else if (mExtrapolation == EXTRAPOLATION_CYCLIC_OFFSET)
     {
@@ -213,6 +214,11 @@ void TrackBlenderFloat::wrap(float time, float cycleStart, float* t, float* offs
         *t = time - cycle * duration;
         *offset = cycle * (last.y - first.y);
     }
+    else
+    {
+        return; // an unknown mode
+    }
+    if (first.x < last.x && *t < first.x) *t = first.x;
 }
 
 // True when there is such a segment and the time lies from its first key up to but not at its second.
@@ -223,13 +229,15 @@ bool TrackBlenderFloat::isSegment(int segment, float time) const
 }
 
 // The segment that holds the time, or -1. Two keys have only one segment, which takes all times that extrapolation has
-// brought here; in an unknown mode it has brought nothing, and the time may lie outside.
+// brought here, but for two: in an unknown mode it has brought nothing, and the time may lie outside; and where a cycle
+// with offset was rounded to its end or behind it, only a straight line goes on there without a jump.
 int TrackBlenderFloat::findSegment(float time) const
 {
     if (mKeys.size() == 2)
     {
-        const bool known = mExtrapolation >= EXTRAPOLATION_CONSTANT && mExtrapolation <= EXTRAPOLATION_CYCLIC_OFFSET;
-        if (!known && !isSegment(0, time)) return -1;
+        if (mExtrapolation > EXTRAPOLATION_CYCLIC_OFFSET && !isSegment(0, time)) return -1;
+        const bool jumps = mExtrapolation == EXTRAPOLATION_CYCLIC_OFFSET && mInterpolation != INTERPOLATION_LINEAR;
+        if (jumps && mKeys[0].mPoint.x < mKeys[1].mPoint.x && time >= mKeys[1].mPoint.x) return -1;
         return mLastKey = 0;
     }
 
@@ -261,11 +269,11 @@ int TrackBlenderFloat::findSegment(float time) const
     return -1;
 }
 
-// The value between two keys, with `offset` added. Keys out of order can leave the time outside them; that is told, and
+// The value between two keys, with `offset` added. Keys out of order leave every time outside them; that is told, and
 // the curve is followed all the same.
 float TrackBlenderFloat::evaluateSegment(const Key& a, const Key& b, float time, float offset) const
 {
-    if (time < a.mPoint.x || time > b.mPoint.x)
+    if (a.mPoint.x > b.mPoint.x)
     {
         std::printf("error (%f,%f),%f!\n", a.mPoint.x, b.mPoint.x, time);
     }

@@ -20,7 +20,7 @@ namespace
 typedef TrackBlenderFloat Curve;
 typedef Curve::Key Key;
 
-Curve curveOf(int interpolation, int extrapolation, const std::vector<Key>& keys)
+Curve curveOf(unsigned char interpolation, unsigned char extrapolation, const std::vector<Key>& keys)
 {
     Curve curve;
     curve.mBaseValue = 99.0f;
@@ -80,7 +80,7 @@ TEST(TrackBlenderFloat, valuesInsideAndOutsideTheKeys)
     };
     struct
     {
-        int interpolation, extrapolation;
+        unsigned char interpolation, extrapolation;
         const std::vector<Key>* keys;
         std::vector<std::pair<float, float>> values; // time and value
     } const cases[] = {
@@ -109,7 +109,7 @@ TEST(TrackBlenderFloat, valuesInsideAndOutsideTheKeys)
         for (const auto& [time, value] : test.values)
         {
             SCOPED_TRACE(testing::Message()
-                         << "interpolation " << test.interpolation << ", extrapolation " << test.extrapolation
+                         << "interpolation " << +test.interpolation << ", extrapolation " << +test.extrapolation
                          << ", keys " << test.keys->size() << ", time " << time);
             EXPECT_NEAR(curve.getValue(time), value, 1e-5f);
         }
@@ -117,6 +117,36 @@ TEST(TrackBlenderFloat, valuesInsideAndOutsideTheKeys)
     EXPECT_EQ(curveOf(BEZIER, LINEAR, {}).getValue(7.0f), 99.0f);
     EXPECT_EQ(curveOf(LINEAR, OFFSET, {key(3, 1), key(3, 2)}).getValue(4.0f), 2.0f);   // no cycle
     EXPECT_EQ(curveOf(LINEAR, LINEAR, {key(0, 1), key(10, 2)}).getValue(11.0f), 2.0f); // handles without direction
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+}
+
+// A movement without end, told by its first cycle, at the frames of a minute: many lie within rounding of a whole
+// cycle.
+TEST(TrackBlenderFloat, cyclesWithOffsetJoinWithoutAJump)
+{
+    const auto straight = [](float time) {
+        return Key{Vector2f(time - 0.01f, time - 0.01f), Vector2f(time, time), Vector2f(time + 0.01f, time + 0.01f)};
+    };
+    testing::internal::CaptureStdout();
+    int jumps = 0;
+    for (const unsigned char interpolation : {1, 2})
+    {
+        for (const float end : {0.28f, 0.36f, 0.56f})
+        {
+            for (const std::vector<Key>& keys : {std::vector<Key>{straight(0.04f), straight(end)},
+                                                 std::vector<Key>{straight(0.04f), straight(0.08f), straight(end)}})
+            {
+                const Curve curve = curveOf(interpolation, 3, keys);
+                for (int frame = -750; frame < 1500; ++frame)
+                {
+                    const float time = 0.04f * static_cast<float>(frame);
+                    jumps += std::fabs(curve.getValue(time) - time) > 1e-3f;
+                }
+            }
+        }
+    }
+    EXPECT_EQ(jumps, 0);
+    EXPECT_EQ(curveOf(1, 3, {key(0.04f, 0), key(0.08f, 1), key(0.28f, 10)}).getValue(0.28f), 10.0f);
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
 }
 
@@ -178,17 +208,6 @@ TEST(TrackBlenderFloat, tellsOfKeysOutOfOrderAndOfSegmentsWithoutARoot)
     EXPECT_FLOAT_EQ(backwards.getValue(5.0f), 6.0f);
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "error (10.000000,0.000000),5.000000!\n");
 
-    // The curves of a track come in the order of their components.
-    TrackQuatf track;
-    track.mW = backwards;
-    track.mX = curveOf(1, 2, {key(11, 4), key(0, 8)});
-    track.mY = curveOf(1, 2, {key(12, 4), key(0, 8)});
-    testing::internal::CaptureStdout();
-    track.getValue(5.0f);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "error (10.000000,0.000000),5.000000!\n"
-                                                      "error (11.000000,0.000000),5.000000!\n"
-                                                      "error (12.000000,0.000000),5.000000!\n");
-
     Curve broken = curveOf(2, 3, TWO);
     broken.mKeys[0].mHandleOut.x = std::nanf("");
     testing::internal::CaptureStdout();
@@ -203,15 +222,10 @@ TEST(TrackBlenderFloat, rememberedSegmentChangesNoValue)
     {
         curve.mKeys.push_back(key(0.25f * static_cast<float>(i / 2 + i / 3), static_cast<float>(i * 7 % 31)));
     }
-    unsigned int state = 1;
-    for (int i = 0; i < 6000; ++i)
+    for (int i = 0; i < 4000; ++i) // forwards, then by jumps back and forth
     {
-        // Forwards, backwards, then at random.
-        state = state * 1664525u + 1013904223u;
-        const float step = 0.11f * static_cast<float>(i % 2000);
-        const float time = i < 2000 ? step : i < 4000 ? 210.0f - step : static_cast<float>(state >> 16) / 250.0f;
-        const Curve fresh = curveOf(1, 2, curve.mKeys);
-        ASSERT_EQ(curve.getValue(time), fresh.getValue(time)) << "at " << time;
+        const float time = i < 2000 ? 0.11f * static_cast<float>(i) : static_cast<float>(i * 7919 % 2090) * 0.1f;
+        ASSERT_EQ(curve.getValue(time), Curve(curveOf(1, 2, curve.mKeys)).getValue(time)) << "at " << time;
     }
 }
 
@@ -259,39 +273,29 @@ TEST(TrackBlenderFloat, numberOfKeysFollowsFromTheLengthOfTheChunk)
     }
 }
 
-TEST(Tracks, areWrittenAsTheyWereReadWithTheBaseBehindTheCurves)
+TEST(Tracks, keepCurvesAndBaseByComponent)
 {
     std::string curve[4];
     for (int i = 0; i < 4; ++i)
         curve[i] = chunk(0xFB00 + 16 * i, std::string("\1\2", 2) + floats({0, 0, 1, 10.0f + i, 2, 0}));
     const std::string vector = chunk(CHUNK_VALUE_VECTOR3, floats({0.5f, 0.25f, 0.125f}));
     const std::string quat = chunk(CHUNK_VALUE_VECTOR4, floats({0, 0.6f, 0, 0.8f}));
-    const std::string unknown = chunk(0x1234, "1234") + chunk(0xFB40, "567");
-
-    TrackFloat number;
-    EXPECT_EQ(reload(&number, curve[1] + chunk(CHUNK_VALUE_FLOAT, floats({7}))),
-              curve[1] + chunk(CHUNK_VALUE_FLOAT, floats({7})));
-    EXPECT_EQ(number.getValue(0.0f), 11.0f);
 
     TrackVector3f position;
-    EXPECT_EQ(reload(&position, vector + unknown + curve[3] + curve[1]), curve[1] + curve[3] + vector);
-    EXPECT_EQ(position.getValue(0.0f).x, 11.0f);
-    EXPECT_EQ(position.getValue(0.0f).y, 0.25f);
-    EXPECT_EQ(position.getValue(0.0f).z, 13.0f);
+    EXPECT_EQ(reload(&position, vector + chunk(0xFB40, "567") + curve[3] + curve[1]), curve[1] + curve[3] + vector);
+    const MathBase::Vector3f place = position.getValue(0.0f);
+    EXPECT_TRUE(place.x == 11.0f && place.y == 0.25f && place.z == 13.0f);
 
     TrackColor4f color;
     EXPECT_EQ(reload(&color, quat + curve[2] + curve[0]), curve[0] + curve[2] + quat);
-    EXPECT_EQ(color.getValue(0.0f).r, 10.0f);
-    EXPECT_EQ(color.getValue(0.0f).g, 0.6f);
-    EXPECT_EQ(color.getValue(0.0f).b, 12.0f);
-    EXPECT_EQ(color.getValue(0.0f).a, 0.8f);
+    const Color4f shade = color.getValue(0.0f);
+    EXPECT_TRUE(shade.r == 10.0f && shade.g == 0.6f && shade.b == 12.0f && shade.a == 0.8f);
 
     TrackQuatf rotation;
     EXPECT_EQ(reload(&rotation, curve[0] + curve[1] + curve[2] + curve[3] + quat),
               curve[0] + curve[1] + curve[2] + curve[3] + quat);
     EXPECT_NEAR(rotation.getValue(0.0f).z, 13.0f / std::sqrt(534.0f), 1e-6f); // 100 + 121 + 144 + 169
     EXPECT_EQ(reload(&rotation, vector + curve[0] + curve[2]), curve[1] + curve[2] + curve[3] + vector);
-    EXPECT_TRUE(rotation.mEuler);
     rotation.clear();
     EXPECT_EQ(reload(&rotation, ""), chunk(CHUNK_VALUE_VECTOR4, floats({1, 0, 0, 0})));
 }
@@ -313,14 +317,11 @@ TEST(TrackQuatf, alwaysGivesASoundRotation)
     };
     for (const auto& test : cases)
     {
-        SCOPED_TRACE(test.name);
         TrackQuatf track;
         reload(&track, chunk(test.id, floats(test.base)));
-        const Quatf value = track.getValue(1.0f);
-        EXPECT_NEAR(value.w, test.expected.w, 1e-6f);
-        EXPECT_NEAR(value.x, test.expected.x, 1e-6f);
-        EXPECT_NEAR(value.y, test.expected.y, 1e-6f);
-        EXPECT_NEAR(value.z, test.expected.z, 1e-6f);
+        const Quatf value = track.getValue(1.0f), &expected = test.expected;
+        const Quatf off(value.w - expected.w, value.x - expected.x, value.y - expected.y, value.z - expected.z);
+        EXPECT_NEAR(off.length(), 0.0f, 2e-6f) << test.name;
     }
 
     TrackQuatf track;
@@ -329,27 +330,5 @@ TEST(TrackQuatf, alwaysGivesASoundRotation)
     track.mX.mKeys = {key(0, 0)}; // a curve that takes the only component away
     EXPECT_EQ(track.getValue(0.0f).w, 1.0f);
     track.mEuler = true;
-    try
-    {
-        track.setBaseValue(Quatf());
-        ADD_FAILURE() << "set a quaternion over angles";
-    }
-    catch (const Exception& exception)
-    {
-        EXPECT_STREQ(exception.what(), "TrackQuatf::setBaseValue when in euler mode!\n");
-    }
-}
-
-TEST(Tracks, areStaticWithoutASecondKeyOrACycle)
-{
-    TrackQuatf track;
-    track.mZ.mKeys = ONE;
-    EXPECT_TRUE(track.isStatic());
-    track.mZ.mExtrapolation = 1;
-    EXPECT_FALSE(track.isStatic());
-    track.mZ.clear();
-    track.mW.mKeys = TWO;
-    EXPECT_FALSE(track.isStatic());
-    track.mEuler = true;
-    EXPECT_TRUE(track.isStatic());
+    EXPECT_THROW(track.setBaseValue(Quatf()), Exception);
 }

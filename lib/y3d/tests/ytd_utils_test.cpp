@@ -108,8 +108,4 @@ TEST(Utils, writesIndicesOfThreeWidths)
         EXPECT_EQ(block[1], 2);
         EXPECT_EQ(std::memcmp(&block[1 + 2 * test.bits / 8], test.third.data(), test.third.size()), 0) << test.bits;
     }
-    unsigned char byte;
-    EXPECT_DEATH(Utils::compileIndexBuffer(&byte, &submesh, 24, 0, 0),
-                 "bitsPerIndex==8 \\|\\| bitsPerIndex==16 \\|\\| bitsPerIndex==32");
-    EXPECT_DEATH(Utils::compileIndexBuffer(&byte, &submesh, 8, -1, 0), "offset>=0");
 }
