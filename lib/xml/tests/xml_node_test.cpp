@@ -64,6 +64,17 @@ TEST(XmlNode, clearLeavesTheParentAndResetsTheTag)
     EXPECT_TRUE(child->mClosed);
 }
 
+TEST(XmlNode, aParentThatDoesNotHoldItIsLeftAlone)
+{
+    XmlNode parent(named("n"), nullptr);
+    parent.addChild(named("a"), -1);
+    XmlNode stranger(named("b"), &parent);
+    stranger.clear();
+    EXPECT_EQ(stranger.mParent, nullptr);
+    stranger.mParent = &parent; // for the destructor
+    EXPECT_EQ(childNames(parent), "a ");
+}
+
 TEST(Iterator, walksMatchesOnceAndThrowsAfterwards)
 {
     Xml::XmlParser parser;
