@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <climits>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -155,7 +156,7 @@ TEST(Decode, limitsWhatIsTooLoudAndSpreadsOrPicksChannels)
     EXPECT_EQ((Samples{8192, 16384}), decode(encode(format, 8000, 3, Floats{0.25f, 0.5f, 1.0f})).samples);
 }
 
-TEST(Stream, goesToTheMillisecondAndToItsSample)
+TEST(Stream, goesToTheMillisecondAndToItsSampleAndOnBehindTheEnd)
 {
     for (const int rate : {44100, 48000, 11025, 999})
     {
@@ -163,20 +164,29 @@ TEST(Stream, goesToTheMillisecondAndToItsSample)
         music.rate = rate;
         music.samples = makeNumbers(3 * rate / 2);
         FSOUND_STREAM stream(std::move(music));
-        for (int ms = 0; ms <= 1500; ++ms)
+        for (int ms = 0; ms <= 1600; ++ms)
         {
             stream.setTime(ms);
-            const int reached = std::min(ms, 3 * rate / 2 * 1000 / rate);
-            ASSERT_EQ(reached, stream.getTime());
+            ASSERT_EQ(ms, stream.getTime());
             std::int16_t pair[2];
             stream.play();
             stream.render(pair, 1, false);
-            const int number = (reached * rate + 999) / 1000;
+            const int number = (ms * rate + 999) / 1000;
             ASSERT_EQ(number < 3 * rate / 2 ? number : -1, getNumber(pair));
             stream.stop();
         }
         stream.setTime(-5);
         EXPECT_EQ(0, stream.getTime());
+        stream.setTime(5000000);
+        stream.play();
+        sleep(20);
+        stream.stop();
+        EXPECT_GE(stream.getTime(), 5000020);
+        EXPECT_LE(stream.getTime(), 5010000);
+        stream.setTime(INT_MAX);
+        stream.play();
+        sleep(2);
+        EXPECT_EQ(INT_MAX, stream.getTime());
     }
 }
 
