@@ -1,4 +1,7 @@
+#include <sys/resource.h>
 #include <sys/stat.h>
+
+#include <csignal>
 
 #include "am_archivedirectory.h"
 #include "am_archivezip.h"
@@ -10,7 +13,27 @@ using AM::File;
 namespace
 {
 const Bytes hello = toBytes("hello");
+
+// No file can grow longer than that while it lives, as on a disk that is full.
+struct FullDisk
+{
+    explicit FullDisk(rlim_t length)
+    {
+        std::signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &old);
+        const rlimit limit = {length, old.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FullDisk() { setrlimit(RLIMIT_FSIZE, &old); }
+
+    rlimit old;
+};
+
+std::size_t countFiles(const std::string& folder)
+{
+    return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(folder), {}));
 }
+} // namespace
 
 TEST(ArchiveManager, takesTheTypeFromTheSchemeAndThenFromTheExtension)
 {
@@ -83,6 +106,37 @@ TEST(ArchiveDirectory, takesNothingButRegularFilesAndTellsWhenADiskIsFull)
     EXPECT_EQ("AM::ArchiveDirectory::read, File too long (" + folder.path + "sparse, 2147483648 bytes)",
               getError([&] { archive.read("sparse"); }));
     EXPECT_FALSE(AM::ArchiveDirectory("/dev/").write(toFile("full", hello)));
+}
+
+TEST(ArchiveDirectory, keepsWhatStoodThereUntilTheNewFileIsWhole)
+{
+    TemporaryFolder folder, other;
+    folder.write("file", hello);
+    AM::ArchiveDirectory archive(folder.path);
+    {
+        const FullDisk disk(4);
+        EXPECT_FALSE(archive.write(toFile("file", toBytes("longer"))));
+        EXPECT_FALSE(archive.write(toFile("new", hello)));
+    }
+    EXPECT_EQ(hello, toBytes(archive.read("file")));
+    EXPECT_EQ(1u, countFiles(folder.path));
+
+    // A link stays one, as do permissions; a name too long for a second file beside it is written all the same.
+    other.write("target", hello);
+    std::filesystem::permissions(other.path + "target", std::filesystem::perms(0640));
+    std::filesystem::create_symlink(other.path + "target", folder.path + "link");
+    std::filesystem::create_symlink(other.path + "nowhere", folder.path + "dangling");
+    const std::string longName(254, 'x');
+    for (const std::string& name : {std::string("link"), std::string("dangling"), longName, std::string("new")})
+    {
+        EXPECT_TRUE(archive.write(toFile(name, toBytes("other")))) << name;
+        EXPECT_EQ(toBytes("other"), toBytes(archive.read(name))) << name;
+        EXPECT_EQ(name == "link" || name == "dangling", std::filesystem::is_symlink(folder.path + name)) << name;
+    }
+    EXPECT_EQ(std::filesystem::perms(0640), std::filesystem::status(other.path + "target").permissions());
+    EXPECT_EQ(std::filesystem::status(folder.path + "file").permissions(),
+              std::filesystem::status(folder.path + "new").permissions());
+    EXPECT_EQ(5u + 2u, countFiles(folder.path) + countFiles(other.path));
 }
 
 TEST(ArchiveZIP, readsEntriesUnderTheirNamesWithOrWithoutAPrefix)
