@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <memory>
+#include <random>
 #include <tuple>
 
 #include "am_imagecodec_jpeg.h"
@@ -92,7 +93,21 @@ TEST(ImageCodecPNG, refusesOtherFormatsAndBadFiles)
     const Bytes good = makePng(2, 2, 6, 8, countUp(16));
     Bytes text = cut(good, good.size() - 12); // a text that claims 2 GB, in place of the end
     text.insert(text.end(), {0x7f, 0xff, 0xff, 0xff, 't', 'E', 'X', 't', 'a', 0, 'b'});
+    // libpng reads on past such a chunk.
+    const auto putAhead = [](Bytes file) {
+        const Bytes chunk = {0, 0, 0, 0, 'p', 'r', 'V', 't', 0xa6, 0x87, 0x8c, 0x49};
+        file.insert(file.begin() + 8, chunk.begin(), chunk.end());
+        return file;
+    };
+    Bytes noise(1 << 17);
+    std::minstd_rand random;
+    for (unsigned char& byte : noise) byte = static_cast<unsigned char>(random() >> 8);
     const std::vector<std::tuple<const char*, Bytes, std::string>> cases = {
+        {"chunk ahead", putAhead(good), ""},
+        {"chunk ahead, huge", putAhead(makePng(9000, 9000, 6, 8, countUp(16))), pngError},
+        {"row too long", makePng(1, 1, 6, 8, countUp(99)), ""},
+        {"endless row", makePng(1, 1, 6, 8, noise), pngError},
+        {"no chunk", cut(good, 8), pngError},
         {"empty", Bytes(), pngHeader},
         {"seven bytes", cut(good, 7), pngHeader},
         {"other signature", replaceBytes(good, 1, {'Q'}), pngHeader},
