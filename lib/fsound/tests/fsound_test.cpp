@@ -226,6 +226,10 @@ TEST(Library, survivesTheEndOfSdlAndHandlesOfAnotherLife)
         sleep(20);
         EXPECT_EQ(stopped, FSOUND_Stream_GetTime(stream));
         EXPECT_GE(FSOUND_Stream_GetTime(second), 20);
+        EXPECT_EQ(0, FSOUND_Stream_Play(FSOUND_FREE, stream)); // and back
+        const int left = FSOUND_Stream_GetTime(second);
+        sleep(20);
+        EXPECT_EQ(left, FSOUND_Stream_GetTime(second));
         SDL_Quit();
         EXPECT_TRUE(FSOUND_Stream_SetTime(second, 100));
         EXPECT_TRUE(FSOUND_Stream_Close(second));
