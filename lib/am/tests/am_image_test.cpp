@@ -34,6 +34,7 @@ TEST(Image, countsItsHandlesAndHasRoomForItsPixels)
     second.release();
     second.release();
     third = makeImage(2, 1);
+    third = &*third;
     EXPECT_EQ(1, first.mObjectRef->mRef);
     EXPECT_EQ(2, third->getWidth());
     third.assign(nullptr);
@@ -45,7 +46,7 @@ TEST(Image, countsItsHandlesAndHasRoomForItsPixels)
     EXPECT_EQ(7, first->getHeight());
     EXPECT_EQ("ImageObject::resize, Bad size (-1x2)", getError([&] { first->resize(-1, 2); }));
     EXPECT_EQ("ImageObject::resize, Not enough memory (70000x70000)", getError([&] { first->resize(70000, 70000); }));
-    EXPECT_EQ(0, first->getHeight());
+    EXPECT_EQ(0, first->getWidth() + first->getHeight());
 }
 
 TEST(ImageManager, sharesAnImageUntilTheLastOutsideHandleGoes)
