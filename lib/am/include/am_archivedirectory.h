@@ -15,7 +15,9 @@ public:
     // for a file that is longer than maxFileLength or does not fit into memory.
     File read(const std::string& pFilename) override;
 
-    // Replaces the file. Directories are not created.
+    // Replaces the file, whose owner and permissions stay, as do links to it. What stood there stays whole until the
+    // new content is: it is written to a second file beside it first. Only where none can be made, as in a folder that
+    // may not be written, the file itself is. Directories are not created.
     bool write(File pFile) override;
 
     std::string mPath;

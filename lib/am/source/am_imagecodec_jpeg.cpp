@@ -7,6 +7,7 @@
 #include <jerror.h>
 #include <jpeglib.h>
 
+#include <algorithm>
 #include <csetjmp>
 #include <memory>
 #include <new>
@@ -22,14 +23,23 @@ namespace AM
 {
 namespace
 {
-// A progressive file may go over its picture again and again with next to no bytes for each time. Real files do so
-// about ten times.
-const int maxScans = 100;
+// A picture has at most so many pixels.
+const std::size_t MAX_PIXELS = std::size_t(1) << 26;
 
 // Pixels that a byte of the file can stand for: 8 blocks of 64, with one bit for each in the shortest code. Arithmetic
 // coding can do better on a blank picture, so a moderate size is always believed.
-const std::size_t maxPixelsPerByte = 512;
-const std::size_t moderateSize = std::size_t(1) << 22;
+const std::size_t MAX_PIXELS_PER_BYTE = 512;
+const std::size_t MODERATE_SIZE = std::size_t(1) << 22;
+
+// A progressive file may go over its picture again and again with next to no bytes for each time. Real files do so
+// about ten times. A large picture gets so many scans that their pixels are not more than those of 100 over one of
+// moderate size, but no fewer than real files have.
+const std::size_t MAX_SCANS = 100;
+const std::size_t MIN_SCANS = 16;
+
+// For what libjpeg keeps of the whole picture: three 16-bit coefficients a pixel in a progressive file, and some more
+// at the borders.
+const long MAX_MEMORY = long(1) << 29;
 
 // The memory source, and with it all that one decoding needs.
 struct MySourceMgr : jpeg_source_mgr
@@ -79,8 +89,11 @@ void errorExit(j_common_ptr cinfo)
 void monitorProgress(j_common_ptr cinfo)
 {
     MySourceMgr& source = getSource(cinfo);
-    if (source.cinfo.input_scan_number <= maxScans) return;
-    std::snprintf(source.message, sizeof source.message, "More than %d scans", maxScans);
+    const std::size_t pixels = static_cast<std::size_t>(source.cinfo.image_width) * source.cinfo.image_height;
+    const std::size_t scans =
+        std::min(std::max(MAX_SCANS * MODERATE_SIZE / std::max<std::size_t>(pixels, 1), MIN_SCANS), MAX_SCANS);
+    if (source.cinfo.input_scan_number <= static_cast<int>(scans)) return;
+    std::snprintf(source.message, sizeof source.message, "More than %zu scans", scans);
     leaveLibrary(cinfo);
 }
 
@@ -132,6 +145,7 @@ bool MySourceMgr::readHeader()
     jpeg_CreateDecompress(&cinfo, JPEG_LIB_VERSION, sizeof cinfo);
     cinfo.src = this;
     cinfo.progress = &progress;
+    cinfo.mem->max_memory_to_use = MAX_MEMORY;
     jpeg_read_header(&cinfo, TRUE);
     cinfo.out_color_space = JCS_RGB;
     cinfo.out_color_components = 3;
@@ -164,7 +178,7 @@ void ImageCodecJPEG::decodeImage(const unsigned char* pBuf, std::size_t length, 
     const unsigned height = cinfo.image_height;
     const std::size_t pixels = static_cast<std::size_t>(width) * height;
     std::unique_ptr<unsigned char[]> block;
-    if (pixels <= maxImagePixels && (pixels <= moderateSize || pixels / maxPixelsPerByte <= length))
+    if (pixels <= MAX_PIXELS && (pixels <= MODERATE_SIZE || pixels / MAX_PIXELS_PER_BYTE <= length))
         block.reset(new (std::nothrow) unsigned char[pixels * 3]);
     if (!block) throw Exception("Internal jpeglib error; Picture too large (%ux%u)", width, height);
     if (!source.readRows(block.get())) throw Exception("Internal jpeglib error; %s", source.message);

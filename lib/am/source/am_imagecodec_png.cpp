@@ -18,13 +18,32 @@ namespace AM
 {
 namespace
 {
-const std::size_t signatureLength = 8;
+const std::size_t SIGNATURE_LENGTH = 8;
+
+// The largest picture: in pixels of a side, since libpng takes a block of memory for each row and handles it seven
+// times in an interlaced one, and in bytes as the rows are stored.
+const unsigned MAX_SIDE = 1 << 16;
+const unsigned long long MAX_ROW_BYTES = 1ull << 28;
+
+// Deflate makes at most so many bytes out of one.
+const unsigned MAX_DEFLATION = 1032;
+
+// The compressed bytes that may follow behind the last row. An encoder's checksum takes four, but libpng unpacks
+// whatever comes, to see whether the picture ends there.
+const std::size_t MAX_BYTES_BEHIND = 1 << 16;
+
+// For what libpng keeps of a file besides the picture. Nobody asks for any of it.
+const unsigned MAX_CHUNK_MEMORY = 1 << 20;
+
+const png_uint_32 IDAT_CHUNK = 0x49444154;
 
 struct ReadBuffer
 {
     const unsigned char* buffer;
     std::size_t length;
     std::size_t tell;
+    png_uint_32 width, height;   // of the picture
+    std::size_t bytesBehind = 0; // compressed ones, read since the last row was complete
 };
 
 struct WriteBuffer
@@ -42,6 +61,10 @@ void pngReadData(png_structp png, png_bytep data, png_size_t count)
 {
     ReadBuffer& input = *static_cast<ReadBuffer*>(png_get_io_ptr(png));
     if (count > input.length - input.tell) png_error(png, "file ends early");
+    // Rows are counted anew in each of the seven passes of an interlaced picture.
+    const bool isComplete = png_get_current_row_number(png) >= input.height || png_get_current_pass_number(png) >= 7;
+    if (isComplete && png_get_io_chunk_type(png) == IDAT_CHUNK) input.bytesBehind += count;
+    if (input.bytesBehind > MAX_BYTES_BEHIND) png_error(png, "too much behind the last row");
     std::memcpy(data, input.buffer + input.tell, count);
     input.tell += count;
 }
@@ -82,12 +105,15 @@ struct PngReader
     PngReader& operator=(const PngReader&) = delete;
     ~PngReader() { png_destroy_read_struct(&png, &info, nullptr); }
 
-    // Reads the whole file, rows as they are stored. False after any error of libpng.
+    // Reads the whole file, rows as they are stored, of a picture no larger than `input` says. False after any error of
+    // libpng.
     bool read(ReadBuffer& input)
     {
         if (setjmp(png_jmpbuf(png))) return false;
         png_set_read_fn(png, &input, pngReadData);
-        png_set_sig_bytes(png, signatureLength);
+        png_set_sig_bytes(png, SIGNATURE_LENGTH);
+        png_set_user_limits(png, input.width, input.height);
+        png_set_chunk_malloc_max(png, MAX_CHUNK_MEMORY);
         // Nobody asks for texts, colour profiles and the like, and libpng would believe whatever length they claim.
         png_set_keep_unknown_chunks(png, PNG_HANDLE_CHUNK_NEVER, nullptr, -1);
         png_read_png(png, info, PNG_TRANSFORM_IDENTITY, nullptr);
@@ -121,23 +147,37 @@ struct PngWriter
     png_infop info = png ? png_create_info_struct(png) : nullptr;
 };
 
-unsigned long long readBigEndian(const unsigned char* bytes)
+png_uint_32 readBigEndian(const unsigned char* bytes)
 {
-    return (static_cast<unsigned long long>(bytes[0]) << 24) | (bytes[1] << 16) | (bytes[2] << 8) | bytes[3];
+    return static_cast<png_uint_32>(bytes[0]) << 24 | static_cast<png_uint_32>(bytes[1]) << 16 |
+           static_cast<png_uint_32>(bytes[2]) << 8 | bytes[3];
+}
+
+// The 13 bytes with the size and the format, null if there are none. libpng takes other chunks ahead of them.
+const unsigned char* findHeader(const unsigned char* file, std::size_t length)
+{
+    const std::size_t aroundData = 12; // length, type and checksum
+    for (std::size_t place = SIGNATURE_LENGTH; length - place >= aroundData + 13;)
+    {
+        const unsigned char* chunk = file + place;
+        if (std::memcmp(chunk + 4, "IHDR", 4) == 0) return chunk + 8;
+        const std::size_t size = readBigEndian(chunk);
+        if (size > length - place - aroundData) break;
+        place += aroundData + size;
+    }
+    return nullptr;
 }
 
 // Whether the size that the header claims may be believed. libpng takes memory for all rows before it reads the first
-// one, so a picture is refused that is too large or that a file of this length cannot hold: deflate makes at most 1032
-// bytes out of one. A file without a proper header is left to libpng.
-bool hasPlausibleSize(const unsigned char* file, std::size_t length)
+// one, so a picture is refused that is too large or that a file of this length cannot hold.
+bool hasPlausibleSize(const unsigned char* header, std::size_t length)
 {
-    if (length < 26 || std::memcmp(file + 12, "IHDR", 4) != 0) return true;
-    const unsigned long long width = readBigEndian(file + 16);
-    const unsigned long long height = readBigEndian(file + 20);
-    if (width > maxImagePixels || height > maxImagePixels || width * height > maxImagePixels) return false;
+    const unsigned long long width = readBigEndian(header);
+    const unsigned long long height = readBigEndian(header + 4);
+    if (width > MAX_SIDE || height > MAX_SIDE || width * height > maxImagePixels) return false;
     static const unsigned channelsOfType[8] = {1, 1, 3, 1, 2, 1, 4, 1};
-    const unsigned long long rowBits = width * channelsOfType[file[25] & 7] * file[24];
-    return rowBits / 8 * height / 1032 <= length;
+    const unsigned long long bytes = width * channelsOfType[header[9] & 7] * header[8] / 8 * height;
+    return bytes <= MAX_ROW_BYTES && bytes / MAX_DEFLATION <= length;
 }
 
 // Rows of 3 or 4 bytes a pixel, red first, to the order of the system.
@@ -171,15 +211,16 @@ std::vector<RGBA> swapColors(const ImageObject& image)
 void ImageCodecPNG::decodeImage(const unsigned char* pBuf, std::size_t length, ImageObject& image)
 {
     image.setData(0, 0, nullptr);
-    if (length < signatureLength || png_sig_cmp(pBuf, 0, signatureLength))
+    if (length < SIGNATURE_LENGTH || png_sig_cmp(pBuf, 0, SIGNATURE_LENGTH))
         throw Exception("[AM::loadPNG] Not a png-file! Header is wrong!");
 
-    ReadBuffer input = {pBuf, length, signatureLength};
+    const unsigned char* header = findHeader(pBuf, length);
+    if (!header || !hasPlausibleSize(header, length)) throw Exception("[AM::loadPNG] Error when decoding png-file!");
+    ReadBuffer input = {pBuf, length, SIGNATURE_LENGTH, readBigEndian(header), readBigEndian(header + 4)};
     PngReader reader;
     if (!reader.png) throw Exception("[AM::loadPNG] Could not setup libpng (pngstruct)!");
     if (!reader.info) throw Exception("[AM::loadPNG] Could not setup libpng (pnginfo)!");
-    if (!hasPlausibleSize(pBuf, length) || !reader.read(input))
-        throw Exception("[AM::loadPNG] Error when decoding png-file!");
+    if (!reader.read(input)) throw Exception("[AM::loadPNG] Error when decoding png-file!");
 
     const int width = static_cast<int>(png_get_image_width(reader.png, reader.info));
     const int height = static_cast<int>(png_get_image_height(reader.png, reader.info));

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -21,27 +20,16 @@ struct TemporaryFolder
     std::string path; // with a slash at its end
 };
 
-// An entry of a zip file, with room for lies.
-struct ZipEntry
+Bytes readFile(const std::string& path);
+
+// One of the files from which the fuzzer starts.
+inline Bytes readSample(const std::string& name)
 {
-    std::string name;
-    Bytes content;
-    int method = 8;      // 8 deflates the content, everything else stores it
-    long long size = -1; // claimed instead of the content's
-    long long compressed = -1;
-    std::uint32_t crcError = 0; // by which the checksum is wrong
-};
-
-Bytes makeZip(const std::vector<ZipEntry>& entries);
-
-// A PNG file, its checksums true whether the rows are as many as it claims or not.
-Bytes makePng(int width, int height, int colorType, int depth, const Bytes& rows);
-
-// A JPEG file; a number of scans makes a progressive one of a grey picture, one coefficient a scan.
-Bytes makeJpeg(int width, int height, int components, const Bytes& rows, int scans = 0);
+    return readFile(AM_FOLDER "fuzz/corpus/" + name);
+}
 
 Bytes cut(const Bytes& file, std::size_t length);
-Bytes replaceBytes(Bytes file, std::size_t position, const Bytes& bytes);
+Bytes replaceByte(Bytes file, std::size_t position, unsigned char byte);
 Bytes toBytes(const std::string& text);
 Bytes toBytes(const AM::File& file);
 AM::File toFile(const std::string& name, const Bytes& bytes);

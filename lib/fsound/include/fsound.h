@@ -5,8 +5,8 @@
 // MP3 and what else libsndfile reads) and no decoder runs while music plays. Output is SDL's audio, at the rate of the
 // stream. Without a sound device everything works the same in silence, and one line on standard error says so.
 //
-// A position is the time since the last start or seek, never a count of buffers, so it runs evenly. All calls come
-// from one thread.
+// A position is the time since the last start or seek, never a count of buffers, so it runs evenly. It runs on behind
+// the end of the music, where there is silence. All calls come from one thread.
 
 struct FSOUND_STREAM;
 
@@ -68,13 +68,14 @@ const char* FMOD_ErrorString(int code);
 FSOUND_STREAM* FSOUND_Stream_Open(const char* data, unsigned mode, int offset, int length);
 
 // Starts the stream where it stands, on the one channel there is; whatever played before stops. Returns the channel,
-// 0, or -1 on failure. At the end of the music there is silence and the position stays.
+// 0, or -1 on failure.
 int FSOUND_Stream_Play(int channel, FSOUND_STREAM* stream);
 
 // Stops the stream; its position stays.
 bool FSOUND_Stream_Stop(FSOUND_STREAM* stream);
 
-// Moves the stream, playing or not, to a position in milliseconds, limited to 0 and the end of the music.
+// Moves the stream, playing or not, to a position in milliseconds; a negative one means 0, and one behind
+// the end of the music is kept.
 bool FSOUND_Stream_SetTime(FSOUND_STREAM* stream, int ms);
 
 // The position in milliseconds, 0 on failure.

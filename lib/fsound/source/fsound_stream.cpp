@@ -4,11 +4,7 @@
 #include <climits>
 #include <utility>
 
-FSOUND_STREAM::FSOUND_STREAM(FSound::Music&& music) : mMusic(std::move(music))
-{
-    mLengthMs = static_cast<int>(
-        std::min<unsigned long long>(getLength() * 1000ull / static_cast<unsigned>(mMusic.rate), INT_MAX));
-}
+FSOUND_STREAM::FSOUND_STREAM(FSound::Music&& music) : mMusic(std::move(music)) {}
 
 void FSOUND_STREAM::play()
 {
@@ -27,7 +23,7 @@ void FSOUND_STREAM::stop()
 
 void FSOUND_STREAM::setTime(int ms)
 {
-    mStartMs = std::min(std::max(ms, 0), mLengthMs);
+    mStartMs = std::max(ms, 0);
     mStart = Clock::now();
     // Rounded up, so that the sample's own time, cut to milliseconds, is the one that was asked for.
     const unsigned long long rate = static_cast<unsigned>(mMusic.rate);
@@ -39,7 +35,7 @@ int FSOUND_STREAM::getTime() const
 {
     if (!mPlaying) return mStartMs;
     const auto passed = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - mStart).count();
-    return static_cast<int>(std::min<long long>(mStartMs + passed, mLengthMs));
+    return static_cast<int>(std::min<long long>(mStartMs + passed, INT_MAX));
 }
 
 void FSOUND_STREAM::render(std::int16_t* target, std::size_t frames, bool mute)

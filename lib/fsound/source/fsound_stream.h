@@ -15,13 +15,13 @@ struct FSOUND_STREAM
     void play();
     void stop();
 
-    // In milliseconds, limited to the music.
+    // In milliseconds, at least 0. Behind the end of the music there is silence that goes on for ever.
     void setTime(int ms);
 
-    // By the clock: the time of the last start or seek and what has passed since.
+    // By the clock: the time of the last start or seek and what has passed since, also behind the end of the music.
     int getTime() const;
 
-    // Fills `frames` pairs of samples with what comes next, silence when stopped, muted or at the end.
+    // Fills `frames` pairs of samples with what comes next, silence when stopped, muted or behind the end.
     void render(std::int16_t* target, std::size_t frames, bool mute);
 
     const FSound::Music mMusic;
@@ -31,9 +31,8 @@ private:
 
     std::size_t getLength() const { return mMusic.samples.size() / 2; }
 
-    int mLengthMs;
     int mStartMs = 0; // position at mStart, or all the time while stopped
     Clock::time_point mStart;
     bool mPlaying = false;
-    std::size_t mCursor = 0; // pair of samples that is played next
+    std::size_t mCursor = 0; // pair of samples that is played next; the number of all behind the end
 };

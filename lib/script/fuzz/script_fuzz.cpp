@@ -42,10 +42,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     {
         return 0;
     }
-    for (const Script::Effect* entry : engine.mEffects) engine.addCallback(entry->mName, &silent);
+    for (const Script::Effect* entry : engine.mEffects)
+    {
+        if (entry->mName != "nobody") engine.addCallback(entry->mName, &silent);
+    }
     if (isPatient(engine.mEffects))
     {
-        for (const float time : {0.0f, 1.5f, 30.0f, 0.5f}) engine.update(time);
+        for (const float time : {0.0f, 1.5f, 30.0f, -1.0f, 0.5f}) engine.update(time);
     }
     Script::SaveXML().saveMem(engine);
     return 0;

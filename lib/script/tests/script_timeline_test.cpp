@@ -26,6 +26,13 @@ __attribute__((noinline)) void* operator new(std::size_t size)
     throw std::bad_alloc();
 }
 
+// Or the sanitizer's own form would give out what is freed below.
+__attribute__((noinline)) void* operator new(std::size_t size, const std::nothrow_t&) noexcept
+{
+    ++allocationCount;
+    return std::malloc(size);
+}
+
 __attribute__((noinline)) void operator delete(void* block) noexcept
 {
     std::free(block);
@@ -38,12 +45,6 @@ __attribute__((noinline)) void operator delete(void* block, std::size_t) noexcep
 
 namespace
 {
-
-// Does nothing, and takes nothing from the heap.
-struct Silent : public Script::Callback
-{
-    void update(float, float, float) override {}
-};
 
 // Writes down each call, " name.what(arguments)", in the log that all probes share.
 struct Probe : public Script::Callback
@@ -119,6 +120,8 @@ TEST_F(Timeline, entryRunsFromItsStartUpToButNotAtItsEnd)
     add("a", 10.0f, 20.0f);
     EXPECT_EQ(at(9.999f), "");
     EXPECT_EQ(at(10.0f), "a.reset a.draw(0,0.0010004,0)");
+    EXPECT_TRUE(engine.update(-0.5f)); // no time of the show
+    EXPECT_TRUE(engine.update(NAN));
     EXPECT_EQ(at(15.0f), "a.draw(5,5,0.5)");
     EXPECT_EQ(at(15.0f), "a.draw(5,0,0.5)");
     EXPECT_NE(at(19.999f), "");
@@ -138,15 +141,6 @@ TEST_F(Timeline, showEndsAfterTheLatestEnd)
     EXPECT_FALSE(engine.update(150.0f));
 }
 
-TEST_F(Timeline, timeBeforeTheShowDoesNothing)
-{
-    add("a", 0.0f, 10.0f);
-    EXPECT_EQ(at(4.0f), "a.reset a.draw(4,4,0.4)");
-    EXPECT_TRUE(engine.update(-0.5f));
-    EXPECT_TRUE(engine.update(NAN));
-    EXPECT_EQ(at(5.0f), "a.draw(5,1,0.5)");
-}
-
 TEST_F(Timeline, orderIsResetTriggersSplinesDrawChildren)
 {
     Effect& first = add("a", 1.0f, 9.0f);
@@ -155,10 +149,10 @@ TEST_F(Timeline, orderIsResetTriggersSplinesDrawChildren)
     addTrigger(first, "s", 0.25f);
     first.mSplines = {new Spline, new Spline};
     first.mSplines[1]->mValueOffset = 7.0f;
-    first.mEffects = {makeEntry("b", 1.0f, 3.0f), makeEntry("c", 0.0f, 2.0f), makeEntry("c", 0.0f, 2.5f)};
+    first.mEffects = {makeEntry("b", 1.0f, 3.0f), makeEntry("c", 0.0f, 2.0f), makeEntry("c", 2.0f, 2.5f)};
     first.mEffects[0]->mEffects.push_back(makeEntry("a", 0.0f, 9.0f));
     EXPECT_EQ(at(3.0f), "a.reset a.t=v@2 a.s=v@2 a.new~0@2 a.new~7@2 a.draw(2,3,0.25) b.reset b.draw(1,3,0.5) "
-                        "a.reset a.draw(1,3,0.111111) c.reset c.draw(2,3,0.8) c.reset c.draw(3,3,0.333333)");
+                        "a.reset a.draw(1,3,0.111111) c.reset c.draw(0,3,0) c.reset c.draw(3,3,0.333333)");
 }
 
 TEST_F(Timeline, unknownOrDisabledEntryKeepsItsChildrenFromRunning)
@@ -211,14 +205,13 @@ TEST_F(Timeline, seekBackResetsAndFiresAgainButChildrenKeepTheirState)
 
 TEST_F(Timeline, frameTakesNothingFromTheHeap)
 {
-    Silent silent;
-    engine.addCallback("silent", &silent);
-    Effect* entry = &add("silent", 0.0f, 8.0f);
+    log.setstate(std::ios::failbit); // which makes it write nothing
+    Effect* entry = &add("a", 0.0f, 8.0f);
     for (int depth = 1; depth < 8; ++depth)
     {
         addTrigger(*entry, "t", 0.0f, 100, 0.01f);
         entry->mSplines.push_back(new Spline);
-        entry->mEffects.push_back(makeEntry("silent", 0.0f, 8.0f));
+        entry->mEffects.push_back(makeEntry("a", 0.0f, 8.0f));
         entry = entry->mEffects[0];
     }
     engine.update(0.5f);
@@ -239,5 +232,5 @@ TEST_F(Timeline, entriesOfAnyDepthRunAndAreFreed)
     }
     const std::string last = " a.draw(2,6,0.25) b.reset b.draw(2,6,0.25)"; // four levels start a second later
     const std::string calls = at(6.0f);
-    EXPECT_EQ(calls.rfind(last), calls.size() - last.size());
+    EXPECT_EQ(calls.substr(calls.size() - last.size()), last);
 }

@@ -15,7 +15,7 @@ namespace Xml
 class XmlNode : public XmlTag
 {
 public:
-    // `parent` is stored only: XmlNode::addChild is what enters a node into a parent's list.
+    // `parent` is stored only, and must outlive the node: XmlNode::addChild is what enters a node into a parent's list.
     explicit XmlNode(XmlNode* parent);
     XmlNode(const XmlTag& tag, XmlNode* parent);
     XmlNode(const XmlNode&) = delete;
@@ -26,7 +26,8 @@ public:
     static void* operator new(std::size_t size);
     static void operator delete(void* node, std::size_t size);
 
-    // Resets the tag to its defaults, leaves the parent if there is one, and deletes all children.
+    // Resets the tag to its defaults, leaves the parent if there is one, in whose list the node need not be, and
+    // deletes all children.
     void clear();
 
     // Over the children named `search`, or all of them for the empty string.

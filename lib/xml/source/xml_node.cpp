@@ -43,7 +43,13 @@ void XmlNode::clear()
 // reverse order in which it gave them out, which leaves it in one piece.
 void XmlNode::leave()
 {
-    if (mParent) mParent->detachChild(this);
+    if (mParent)
+    {
+        std::vector<XmlNode*>& siblings = mParent->mChildren;
+        const auto place = std::find(siblings.begin(), siblings.end(), this);
+        if (place != siblings.end()) siblings.erase(place);
+        mParent = nullptr;
+    }
     XmlNode* node = this;
     for (;;)
     {

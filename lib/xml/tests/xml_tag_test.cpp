@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <utility>
 
 using Xml::XmlTag;
@@ -22,14 +21,9 @@ TEST(XmlTag, numbersBecomeText)
 {
     const std::pair<double, const char*> cases[] = {
         {-0.0, "-0"},
-        {-0.5, "-0.5"},
         {0.1f, "0.1000000014901161193847656"},
         {1e24, "999999999999999983222784"},
-        {1e25, "1.000000000000000090596966e+25"},
         {static_cast<double>(3.4028235e38f), "3.402823466385288598117042e+38"},
-        {static_cast<double>(1.4e-45f), "1.40129846432481707092373e-45"},
-        {INFINITY, "inf"},
-        {-NAN, "-nan"},
     };
     XmlTag tag;
     for (const auto& [value, text] : cases)
@@ -49,8 +43,7 @@ TEST(XmlTag, parseReadsOneTagOfAnyKind)
 {
     const std::pair<std::string, std::string> cases[] = {
         {" <a b=1 c='2\"' />x", "0 closed a b=1; c=2\"; 17"},
-        {"< a:b >", "0 open a:b 7"},
-        {"< / a >", "0 closed a 7"},
+        {"< / a:b >", "0 closed a:b 9"},
         {"<a / b = 1 >", "0 closed a b=1; 12"},
         {"<a b=\"\tx\r\"/>", "0 closed a b=    x; 12"},
         {"<a b= c=\"\"/>", "0 closed a b=c; =; 12"},

@@ -57,13 +57,11 @@ TEST(Write, closedFlagDecidesWhetherChildrenAreWritten)
 
 TEST(Write, streamAndStringGetTheSameBytes)
 {
-    std::string text = "<?xml version=\"1\"?>\n\n<r>\n";
+    std::string text = "<r>\n";
     for (int i = 0; i < 5000; ++i) text += "\t<item number=\"" + std::to_string(i) + "\"/>\n";
-    text += "</r>\n";
     Xml::XmlParser document;
-    document.parse(text);
+    document.parse(text += "</r>\n");
     std::ostringstream stream;
     document.write(stream, "\t");
-    EXPECT_EQ(stream.str(), text);
-    EXPECT_EQ(written(document), text);
+    EXPECT_TRUE(stream.str() == text && written(document) == text);
 }
