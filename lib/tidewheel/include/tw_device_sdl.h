@@ -56,11 +56,11 @@ public:
     virtual int getHeight() const;
 
     std::string mCaption;
-    int mWidth;      // pixels
-    int mHeight;     // pixels
+    int mWidth;  // pixels
+    int mHeight; // pixels
     bool mFullscreen;
     bool mOpen;
-    bool mAlt;       // modifiers of the last key event
+    bool mAlt; // modifiers of the last key event
     bool mShift;
     bool mCtrl;
 

@@ -38,10 +38,10 @@ enum Key
     KEY_F4 = 285
 };
 
-const char caret = '|';
-const float zoomStep = 5.0f; // seconds
-const float newEffectLength = 10.0f;
-const float newPartDistance = 5.0f; // pixels between a new repeat or key and the one before it
+const char CARET = '|';
+const float ZOOM_STEP = 5.0f; // seconds
+const float NEW_EFFECT_LENGTH = 10.0f;
+const float NEW_PART_DISTANCE = 5.0f; // pixels between a new repeat or key and the one before it
 
 // Where a new trigger or spline goes: ahead of the selected one of `count`, and never behind the last.
 int insertionIndex(int index, int count)
@@ -142,7 +142,7 @@ void HUD::processTextField(const Event& event)
     if (event.key == KEY_RETURN)
         mTextField = nullptr;
     else
-        text += caret;
+        text += CARET;
 }
 
 void HUD::processKey(const Event& event)
@@ -213,7 +213,7 @@ void HUD::newEffect()
     if (!mScriptEngine) return;
     Script::Effect* effect = new Script::Effect;
     effect->mStart = mWindowStart + mCursor;
-    effect->mEnd = effect->mStart + newEffectLength;
+    effect->mEnd = effect->mStart + NEW_EFFECT_LENGTH;
     mScriptEngine->mEffects.insert(mScriptEngine->mEffects.begin() + mCurrentEffect, effect);
     mEffectStatus.insert(mEffectStatus.begin() + mCurrentEffect, EffectStatus());
     mCurrentRow = 0;
@@ -292,7 +292,7 @@ void HUD::changeSplineType(Script::Spline& spline)
 
 void HUD::openTextField(std::string& text)
 {
-    text += caret;
+    text += CARET;
     mTextField = &text;
 }
 
@@ -342,7 +342,7 @@ void HUD::editTrigger(Script::Trigger& trigger, const Event& event)
     if (event.key == KEY_INSERT && trigger.mRepeat < INT_MAX)
     {
         // The first repeat stands at once where it can be seen.
-        if (++trigger.mRepeat == 2) trigger.mDelay = newPartDistance * step;
+        if (++trigger.mRepeat == 2) trigger.mDelay = NEW_PART_DISTANCE * step;
     }
     if (event.key == KEY_DELETE && trigger.mRepeat > 1)
     {
@@ -393,7 +393,7 @@ void HUD::insertKey(Script::Spline& spline)
     Script::Spline::Key* inserted = new Script::Spline::Key;
     if (mCurrentPart == size(spline.mKeys.size()) - 1)
     {
-        inserted->time = key.time + newPartDistance * getTimePerPixel();
+        inserted->time = key.time + NEW_PART_DISTANCE * getTimePerPixel();
         inserted->value = key.value;
     }
     else
@@ -486,8 +486,8 @@ void HUD::selectLastRow(int index)
 
 void HUD::processZoom(const Event& event)
 {
-    if (event.key == KEY_KEYPAD_MINUS) mWindowLength += zoomStep;
-    if (event.key == KEY_KEYPAD_PLUS && mWindowLength > zoomStep) mWindowLength -= zoomStep;
+    if (event.key == KEY_KEYPAD_MINUS) mWindowLength += ZOOM_STEP;
+    if (event.key == KEY_KEYPAD_PLUS && mWindowLength > ZOOM_STEP) mWindowLength -= ZOOM_STEP;
 }
 
 } // namespace Tidewheel

@@ -14,8 +14,7 @@ namespace
 const char script[] = "<script><effect name=\"a\" start=\"0\" end=\"10\"/></script>";
 
 // Runs `action` and gives the text of what it throws.
-template <typename Action>
-std::string textOf(Action action)
+template <typename Action> std::string textOf(Action action)
 {
     try
     {
@@ -83,11 +82,9 @@ TEST(Configuration, isRewrittenByteForByteAtTheEnd)
         const char* after;
     };
     const Case cases[] = {
-        {"missing tags come first, the time before the hud",
-         "<demo>\n  <script file='script.xml'/>\n</demo>",
+        {"missing tags come first, the time before the hud", "<demo>\n  <script file='script.xml'/>\n</demo>",
          "<demo>\n\t<time start=\"0.00\"/>\n\t<hud mini=\"off\"/>\n\t<script file=\"script.xml\"/>\n</demo>\n"},
-        {"a missing hud alone comes first",
-         "<demo><time start=\"12.345\"/></demo>",
+        {"a missing hud alone comes first", "<demo><time start=\"12.345\"/></demo>",
          "<demo>\n\t<hud mini=\"off\"/>\n\t<time start=\"12.35\"/>\n</demo>\n"},
         {"the first time and hud, but the last value; every music; the rest stays",
          "<?xml version='1.0'?><!-- lost --><demo><!-- kept --><hud a=\"b\"/><hud mini=\"on\"/><time/>"
@@ -131,22 +128,22 @@ TEST(Configuration, thatIsGoneAtTheEndIsReported)
     ShowFolder folder;
     folder.write("tidewheel.xml", "<demo></demo>");
     EXPECT_EQ("[Tidewheel] Could not load 'tidewheel.xml'", textOf([&] {
-        Tidewheel::Base base;
-        base.addArchive(folder.mPath);
-        base.load("");
-        std::filesystem::remove(folder.mPath + "tidewheel.xml");
-    }));
+                  Tidewheel::Base base;
+                  base.addArchive(folder.mPath);
+                  base.load("");
+                  std::filesystem::remove(folder.mPath + "tidewheel.xml");
+              }));
 
     // Another failure on its way comes through, with this one on standard error.
     folder.write("tidewheel.xml", "<demo></demo>");
     testing::internal::CaptureStderr();
     EXPECT_EQ("the show", textOf([&] {
-        Tidewheel::Base failing;
-        failing.addArchive(folder.mPath);
-        failing.load("");
-        std::filesystem::remove(folder.mPath + "tidewheel.xml");
-        throw std::runtime_error("the show");
-    }));
+                  Tidewheel::Base failing;
+                  failing.addArchive(folder.mPath);
+                  failing.load("");
+                  std::filesystem::remove(folder.mPath + "tidewheel.xml");
+                  throw std::runtime_error("the show");
+              }));
     EXPECT_EQ("Error: [Tidewheel] Could not load 'tidewheel.xml'\n", testing::internal::GetCapturedStderr());
 }
 

@@ -58,8 +58,7 @@ protected:
     // Frames in which these events arrive one list after the other, and then one with Escape.
     void runWith(std::vector<std::vector<Tidewheel::Event>> polls)
     {
-        for (const auto& poll : polls)
-            mDevice->mPolls.push_back(poll);
+        for (const auto& poll : polls) mDevice->mPolls.push_back(poll);
         mDevice->mPolls.push_back({keyDown(SDLK_ESCAPE)});
         mBase->run();
     }
@@ -165,8 +164,7 @@ TEST_F(BaseTest, aScreenShotOfAnOddHeightIsRefusedAndTheShowGoesOn)
     mDevice->mHeight = 3;
     testing::internal::CaptureStderr();
     runWith({{keyDown(SDLK_s)}, {}});
-    EXPECT_EQ("[Tidewheel] A screenshot needs a window of even height (3)\n",
-              testing::internal::GetCapturedStderr());
+    EXPECT_EQ("[Tidewheel] A screenshot needs a window of even height (3)\n", testing::internal::GetCapturedStderr());
     EXPECT_EQ(3u, frames());
 }
 

@@ -51,8 +51,7 @@ protected:
     // The events of one poll after these have been queued.
     void poll(const std::vector<SDL_Event>& queue)
     {
-        for (SDL_Event event : queue)
-            SDL_PushEvent(&event);
+        for (SDL_Event event : queue) SDL_PushEvent(&event);
         mEvents.count = 0;
         mDevice.updateEvents(mEvents);
     }
@@ -68,7 +67,7 @@ protected:
     }
 
     Tidewheel::DeviceSDL3D mDevice;
-    Tidewheel::Event mRecords[Tidewheel::Events::capacity];
+    Tidewheel::Event mRecords[Tidewheel::Events::CAPACITY];
     Tidewheel::Events mEvents{0, mRecords};
 };
 
@@ -106,7 +105,7 @@ TEST_F(DeviceTest, aQuitEndsThePollAndIsNeverLost)
     std::vector<SDL_Event> burst(40, key(SDL_KEYDOWN, SDLK_a));
     burst.push_back(quit);
     poll(burst);
-    ASSERT_EQ(Tidewheel::Events::capacity, mEvents.count);
+    ASSERT_EQ(Tidewheel::Events::CAPACITY, mEvents.count);
     EXPECT_EQ(SDLK_a, mRecords[8].key);
     EXPECT_EQ(Tidewheel::EVENT_QUIT, mRecords[9].type);
 }
@@ -162,7 +161,8 @@ TEST_F(DeviceTest, anErrorLeftByAnEffectIsFoundByTheNextFrame)
         EXPECT_EQ(0u, text.find("[Tidewheel] GL-error at ["));
         EXPECT_NE(std::string::npos,
                   text.find("lib/tidewheel/source/tw_device_sdl3d.cpp\nLine: glShadeModel(GL_SMOOTH)\n"
-                            "Error: 'GL_INVALID_ENUM'")) << text;
+                            "Error: 'GL_INVALID_ENUM'"))
+            << text;
     }
 }
 
@@ -282,8 +282,7 @@ TEST_F(DeviceTest, aChangeOfModeBringsTheTexturesBack)
 
     AM::Image red(new AM::ImageObject(0, 0, nullptr, nullptr, ""));
     red->resize(2, 2);
-    for (int i = 0; i < 16; i++)
-        red->getWriteData()[i] = i % 4 == 2 || i % 4 == 3 ? 255 : 0;
+    for (int i = 0; i < 16; i++) red->getWriteData()[i] = i % 4 == 2 || i % 4 == 3 ? 255 : 0;
     Fennel::TextureFormat format;
     format.type = 34;
     Fennel::Texture texture = mDevice.mTextureManager->loadTexture("red", red, format);

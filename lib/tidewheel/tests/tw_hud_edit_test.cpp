@@ -275,9 +275,9 @@ TEST(HudSaving, noSequenceOfKeysBreaksTheTimeline)
             "<key value='-1e38'/></spline><spline type='linear' timeoffset='inf'><key/></spline></effect>"
             "<effect name='known' start='-inf' end='inf'><spline timescale='1e-40'><key value='5'/></spline></effect>"
             "<effect name='known' start='nan' end='nan'><trigger/><effect name='known'/></effect></script>"};
-    const char* const keys[] = {"Return", "Return", "Up",     "Up",     "Down",   "Down",      "Down",  "Left", "Right",
-                                "Right",  "Right",  "Insert", "Insert", "Delete", "F2",        "F3",    "F4",   "Plus",
-                                "Minus",  "n",      "o",      "t",      "v",      "Backspace", "<",     "|"};
+    const char* const keys[] = {"Return", "Return", "Up",     "Up",     "Down",   "Down",      "Down", "Left", "Right",
+                                "Right",  "Right",  "Insert", "Insert", "Delete", "F2",        "F3",   "F4",   "Plus",
+                                "Minus",  "n",      "o",      "t",      "v",      "Backspace", "<",    "|"};
     const float times[] = {0.0f, 3.0f, 33.0f, 1e9f, -50.0f, 3e38f, -INFINITY, NAN};
     std::mt19937 random(7);
     for (const std::string& script : scripts)

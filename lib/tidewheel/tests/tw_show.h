@@ -26,8 +26,7 @@ public:
     {
         setenv("SDL_AUDIODRIVER", "dummy", 1);
         std::string pattern = (std::filesystem::temp_directory_path() / "show-XXXXXX").string();
-        if (!mkdtemp(pattern.data()))
-            throw std::runtime_error("no temporary folder");
+        if (!mkdtemp(pattern.data())) throw std::runtime_error("no temporary folder");
         mPath = pattern + "/";
         std::filesystem::create_directory(mPath + "screenshots");
 
@@ -61,7 +60,9 @@ public:
 inline std::string silentWave()
 {
     std::string wave("RIFF\x00\x00\x00\x00WAVEfmt \x10\x00\x00\x00\x01\x00\x02\x00\x44\xac\x00\x00\x10\xb1\x02\x00"
-                     "\x04\x00\x10\x00" "data\x00\x00\x00\x00", 44);
+                     "\x04\x00\x10\x00"
+                     "data\x00\x00\x00\x00",
+                     44);
     const unsigned int bytes = 4410 * 4;
     for (int i = 0; i < 4; i++)
     {
@@ -94,10 +95,8 @@ public:
 
     void updateEvents(Tidewheel::Events& events) override
     {
-        if (mPolls.empty())
-            return;
-        for (const Tidewheel::Event& event : mPolls.front())
-            events.append(event);
+        if (mPolls.empty()) return;
+        for (const Tidewheel::Event& event : mPolls.front()) events.append(event);
         mPolls.pop_front();
     }
 
