@@ -48,14 +48,24 @@ const std::uint32_t SPLINE_ZERO = 0xFFAA2222;
 const std::uint32_t CLOCK_LINE = 0xFFFF0000;
 const std::uint32_t START_LINE = 0xFF7777FF;
 
+const int SIZE = 512;  // of the square picture
+const int BORDER = 2;  // of the white frame around it
+const int CORNER = 10; // radius of its upper corners
+const int INNER_WIDTH = SIZE - 2 * BORDER;
 const int LIST_TOP = 30; // the scrolling area
 const int LIST_BOTTOM = 486;
 const int LIST_HEIGHT = LIST_BOTTOM - LIST_TOP;
 const int PAINTED_HEIGHT = 504; // no row is begun beyond this
 const int AXIS_LEFT = 110;
-const float AXIS_WIDTH = 398.0f;
-const int AXIS_RIGHT = AXIS_LEFT + 398;
+const int AXIS_COLUMNS = 398;
+const int AXIS_RIGHT = AXIS_LEFT + AXIS_COLUMNS;
+const float AXIS_WIDTH = static_cast<float>(AXIS_COLUMNS);
+const int NAME_WIDTH = AXIS_LEFT - BORDER; // the column of names, and the line that ends it
+const int STATUS_TOP = LIST_BOTTOM + 1;    // the clock at the left, and the numbers of the selected row
+const int STATUS_HEIGHT = SIZE - BORDER - STATUS_TOP;
+const int CLOCK_WIDTH = 110;
 const int ROW_HEIGHT = 12;
+const int BAR_HEIGHT = 10; // of an entry, and of a mark on an axis
 const int SPLINE_HEIGHT = 48;
 const int SPLINE_MIDDLE = 23;     // of the spline's row: where its zero line stands
 const float SPLINE_REACH = 22.0f; // rows from there to the largest value
@@ -118,13 +128,13 @@ HUD::HUD(AM::ArchiveManager& archive)
       mEditMode(false), mCursor(0.0f), mWindowLength(40.0f), mWindowStart(0.0f), mTime(0.0f), mStartTime(0.0f),
       mFps(0.0f), mTextField(nullptr)
 {
-    resize(512, 512);
+    resize(SIZE, SIZE);
     mClipTop = LIST_TOP;
     mClipBottom = LIST_BOTTOM;
     drawFrame();
     drawLogo();
-    drawBox(0, 28, 512, 1, WHITE, false);
-    drawBox(0, 486, 512, 1, WHITE, false);
+    drawBox(0, LIST_TOP - 2, SIZE, 1, WHITE, false);
+    drawBox(0, LIST_BOTTOM, SIZE, 1, WHITE, false);
 }
 
 void HUD::setScriptEngine(Script::ScriptEngine* engine)
@@ -152,28 +162,31 @@ bool HUD::isHidden(int y, int height, int reach) const
     return y + height + reach <= mScroll + mClipTop || y - reach >= mScroll + mClipBottom;
 }
 
-// A white sheet with round upper corners, and a black one inside it, which leaves a border of two pixels.
+// A white sheet whose lower corners are filled, and a black one inside it, which leaves the border.
 void HUD::drawFrame()
 {
-    drawBox(10, 0, 492, 500, WHITE, false);
-    drawBox(0, 10, 512, 492, WHITE, false);
-    drawBox(0, 500, 512, 12, WHITE, false);
-    drawCircle(10, 10, 20, WHITE, false);
-    drawCircle(502, 10, 20, WHITE, false);
+    drawSheet(0, WHITE);
+    drawBox(0, SIZE - CORNER - BORDER, SIZE, CORNER + BORDER, WHITE, false);
+    drawSheet(BORDER, BLACK);
+}
 
-    drawBox(12, 2, 488, 508, BLACK, false);
-    drawBox(2, 12, 508, 488, BLACK, false);
-    drawCircle(12, 12, 20, BLACK, false);
-    drawCircle(500, 12, 20, BLACK, false);
+// A sheet with round upper corners, `edge` pixels inside the picture.
+void HUD::drawSheet(int edge, std::uint32_t colour)
+{
+    const int corner = edge + CORNER;
+    drawBox(corner, edge, SIZE - 2 * corner, SIZE - 2 * edge, colour, false);
+    drawBox(edge, corner, SIZE - 2 * edge, SIZE - 2 * corner, colour, false);
+    drawCircle(corner, corner, 2 * CORNER, colour, false);
+    drawCircle(SIZE - corner, corner, 2 * CORNER, colour, false);
 }
 
 void HUD::drawLogo()
 {
     const AM::Image logo = mArchive->loadImage("tidewheel_logo.png", -1, false);
     const int width = logo->getWidth();
-    const int left = 256 - width / 2;
+    const int left = SIZE / 2 - width / 2;
     const unsigned char* pixel = logo->getData();
-    for (int y = 2; y < 2 + logo->getHeight() && y < mHeight; ++y)
+    for (int y = BORDER; y < BORDER + logo->getHeight() && y < mHeight; ++y)
         for (int x = left; x < left + width; ++x, pixel += 4)
             if (x >= 0 && x < mWidth)
                 mData[y * mWidth + x] =
@@ -183,10 +196,9 @@ void HUD::drawLogo()
 void HUD::redraw()
 {
     keepSelectionInside();
-    drawBox(2, 30, 508, 456, BACKGROUND, false);
-    drawBox(2, 502, 508, 8, BACKGROUND, false);
-    drawBox(2, 487, 508, 15, BACKGROUND, false);
-    drawBox(2, 487, 110, 23, BLACK, false);
+    drawBox(BORDER, LIST_TOP, INNER_WIDTH, LIST_HEIGHT, BACKGROUND, false);
+    drawBox(BORDER, STATUS_TOP, INNER_WIDTH, STATUS_HEIGHT, BACKGROUND, false);
+    drawBox(BORDER, STATUS_TOP, CLOCK_WIDTH, STATUS_HEIGHT, BLACK, false);
     recalculateVerticalScrolling();
 
     mStripe = false;
@@ -200,7 +212,7 @@ void HUD::redraw()
         if (status.mExpanded) y += drawDetails(effect, y, selected);
     }
 
-    drawBox(109, 30, 1, 480, WHITE, false);
+    drawBox(AXIS_LEFT - 1, LIST_TOP, 1, SIZE - BORDER - LIST_TOP, WHITE, false);
     drawClockLines();
     drawClock();
     mDirty = true;
@@ -271,7 +283,7 @@ int HUD::drawEffect(const Script::Effect& effect, EffectStatus& status, int y, b
 {
     mStripe = !mStripe;
     const std::uint32_t shade = mStripe ? SHADE_B : SHADE_A;
-    drawBox(2, y, 508, ROW_HEIGHT, selected ? (mEditMode ? EDITED_ROW : SELECTED_ROW) : shade, true);
+    drawBox(BORDER, y, INNER_WIDTH, ROW_HEIGHT, selected ? (mEditMode ? EDITED_ROW : SELECTED_ROW) : shade, true);
 
     const bool known = mScriptEngine && mScriptEngine->mCallbacks.count(effect.mName) != 0;
     const bool running =
@@ -295,7 +307,7 @@ int HUD::drawEffect(const Script::Effect& effect, EffectStatus& status, int y, b
             barColour = EFFECT_BAR_UNKNOWN;
         else if (edited)
             barColour = EFFECT_BAR_EDITED;
-        drawBox(span.left(), y + 1, span.width(), 10, barColour, true);
+        drawBox(span.left(), y + 1, span.width(), BAR_HEIGHT, barColour, true);
         if (running && !edited) drawBox(span.left(), y + 3, span.width(), 6, EFFECT_BAR_RUNNING, true);
 
         const int textWidth = span.width() - 4;
@@ -304,10 +316,10 @@ int HUD::drawEffect(const Script::Effect& effect, EffectStatus& status, int y, b
                      true);
 
         const int right = AXIS_LEFT + truncate(span.x1);
-        drawBox(right, y + 1, 1, 10, EFFECT_BAR_END, true);
-        drawBox(span.left(), y + 1, 1, 10, EFFECT_BAR_END, true);
-        if (edited && mCurrentPart == 0) drawBox(span.left(), y + 1, 1, 10, PICKED, true);
-        if (edited && mCurrentPart == 2) drawBox(right, y + 1, 1, 10, PICKED, true);
+        drawBox(right, y + 1, 1, BAR_HEIGHT, EFFECT_BAR_END, true);
+        drawBox(span.left(), y + 1, 1, BAR_HEIGHT, EFFECT_BAR_END, true);
+        if (edited && mCurrentPart == 0) drawBox(span.left(), y + 1, 1, BAR_HEIGHT, PICKED, true);
+        if (edited && mCurrentPart == 2) drawBox(right, y + 1, 1, BAR_HEIGHT, PICKED, true);
     }
 
     if (selected) writeEffectStatus();
@@ -318,17 +330,17 @@ int HUD::drawTrigger(const Script::Effect& effect, const Script::Trigger& trigge
                      bool selected)
 {
     const bool edited = selected && mEditMode;
-    drawBox(2, y, 508, ROW_HEIGHT, mStripe ? SHADE_B : SHADE_A, true);
+    drawBox(BORDER, y, INNER_WIDTH, ROW_HEIGHT, mStripe ? SHADE_B : SHADE_A, true);
     if (edited)
-        drawBox(2, y, 508, ROW_HEIGHT, EDITED_ROW, true);
+        drawBox(BORDER, y, INNER_WIDTH, ROW_HEIGHT, EDITED_ROW, true);
     else
-        drawBox(2, y, 108, ROW_HEIGHT, selected ? SELECTED_ROW : TRIGGER_BAR, true);
+        drawBox(BORDER, y, NAME_WIDTH, ROW_HEIGHT, selected ? SELECTED_ROW : TRIGGER_BAR, true);
 
     const Span span = getSpan(effect);
     if (span.visible)
     {
         const std::uint32_t barColour = edited ? TRIGGER_BAR_EDITED : selected ? SELECTED_ROW : TRIGGER_BAR;
-        drawBox(span.left(), y, span.width(), 11, barColour, true);
+        drawBox(span.left(), y, span.width(), ROW_HEIGHT - 1, barColour, true);
     }
     drawText(trigger.mName, 20, y - 1, effect.mEnabled ? WHITE : DISABLED_NAME, 78, true);
     drawFirings(trigger, effectStart, y, selected);
@@ -364,7 +376,7 @@ void HUD::drawFirings(const Script::Trigger& trigger, float effectStart, int y, 
         const int last = next - 1;
         std::uint32_t colour = last < trigger.mFired ? FIRING_DONE : WHITE;
         if (selected && mEditMode && mCurrentPart == last) colour = PICKED;
-        drawBox(x, y + 1, 1, 10, colour, true);
+        drawBox(x, y + 1, 1, BAR_HEIGHT, colour, true);
         first = next;
     }
 }
@@ -372,11 +384,11 @@ void HUD::drawFirings(const Script::Trigger& trigger, float effectStart, int y, 
 int HUD::drawSpline(const Script::Effect& effect, const Script::Spline& spline, float effectStart, int y, bool selected)
 {
     const bool edited = selected && mEditMode;
-    drawBox(2, y, 508, ROW_HEIGHT, mStripe ? SHADE_B : SHADE_A, true);
+    drawBox(BORDER, y, INNER_WIDTH, ROW_HEIGHT, mStripe ? SHADE_B : SHADE_A, true);
     if (edited)
-        drawBox(2, y, 508, SPLINE_HEIGHT, EDITED_ROW, true);
+        drawBox(BORDER, y, INNER_WIDTH, SPLINE_HEIGHT, EDITED_ROW, true);
     else
-        drawBox(2, y, 108, SPLINE_HEIGHT, selected ? SELECTED_ROW : SPLINE_BAR, true);
+        drawBox(BORDER, y, NAME_WIDTH, SPLINE_HEIGHT, selected ? SELECTED_ROW : SPLINE_BAR, true);
 
     float divisor = spline.mValueScale * spline.mAbsMax;
     if (!(divisor >= 1.0f)) divisor = 1.0f;
@@ -384,7 +396,7 @@ int HUD::drawSpline(const Script::Effect& effect, const Script::Spline& spline, 
     if (span.visible)
     {
         const std::uint32_t barColour = edited ? SPLINE_BAR_EDITED : selected ? SELECTED_ROW : SPLINE_BAR;
-        drawBox(span.left(), y, span.width(), 47, barColour, true);
+        drawBox(span.left(), y, span.width(), SPLINE_HEIGHT - 1, barColour, true);
         for (int x = span.left(); x < AXIS_LEFT + truncate(span.x1); x += 5)
             drawPixel(x, y + SPLINE_MIDDLE, SPLINE_ZERO, true);
         if (!isHidden(y, SPLINE_HEIGHT, reachOf(spline, divisor))) drawCurve(spline, span, effectStart, y, divisor);
@@ -465,59 +477,65 @@ void HUD::drawClockLines()
 void HUD::drawClock()
 {
     drawText(formatText("time : %02d:%02d.%03d", clockMinutes(mTime), clockSeconds(mTime), clockMilliseconds(mTime)),
-             15, 486, WHITE, 0, false);
-    drawText(formatText("fps : %.2f", mFps), 19, 496, WHITE, 0, false);
+             15, LIST_BOTTOM, WHITE, 0, false);
+    drawText(formatText("fps : %.2f", mFps), 19, LIST_BOTTOM + 10, WHITE, 0, false);
 }
 
-// A line in the status box, cut at its end.
-void HUD::drawStatus(const std::string& text, int x, int y, std::uint32_t colour)
+void HUD::clearStatus(std::uint32_t colour)
 {
-    drawText(text, x, y, colour, AXIS_RIGHT - x, false);
+    drawBox(AXIS_LEFT, STATUS_TOP, AXIS_COLUMNS, STATUS_HEIGHT, colour, false);
+}
+
+// A text of the status box, which has three columns and two lines. It is cut at the end of the box.
+void HUD::drawStatus(const std::string& text, int column, int line, std::uint32_t colour)
+{
+    const int x = AXIS_LEFT + 10 + 100 * column;
+    drawText(text, x, LIST_BOTTOM + 10 * line, colour, AXIS_RIGHT - x, false);
 }
 
 void HUD::writeEffectStatus()
 {
     const Script::Effect* effect = getCurrentEffect();
     if (!effect || mCurrentRow != 0) return;
-    drawBox(AXIS_LEFT, 487, 398, 23, EFFECT_BAR, false);
-    drawStatus(formatText("start: %.3f", effect->mStart), 120, 486);
-    drawStatus(formatText("end: %.3f", effect->mEnd), 120, 496);
-    drawStatus(formatText("triggers: %d", size(effect->mTriggers.size())), 220, 486);
-    drawStatus(formatText("splines: %d", size(effect->mSplines.size())), 220, 496);
+    clearStatus(EFFECT_BAR);
+    drawStatus(formatText("start: %.3f", effect->mStart), 0, 0);
+    drawStatus(formatText("end: %.3f", effect->mEnd), 0, 1);
+    drawStatus(formatText("triggers: %d", size(effect->mTriggers.size())), 1, 0);
+    drawStatus(formatText("splines: %d", size(effect->mSplines.size())), 1, 1);
 }
 
 void HUD::writeTriggerStatus()
 {
     const Script::Trigger* trigger = getCurrentTrigger();
     if (!trigger) return;
-    drawBox(AXIS_LEFT, 487, 398, 23, TRIGGER_BAR, false);
-    drawStatus(formatText("start: %.3f", trigger->mStart), 120, 486);
+    clearStatus(TRIGGER_BAR);
+    drawStatus(formatText("start: %.3f", trigger->mStart), 0, 0);
     if (trigger->mRepeat > 1)
     {
         if (mEditMode)
         {
             const float current = trigger->mStart + static_cast<float>(mCurrentPart) * trigger->mDelay;
-            drawStatus(formatText("current: %.2f", current), 120, 496);
+            drawStatus(formatText("current: %.2f", current), 0, 1);
         }
-        drawStatus(formatText("repeat: %d", trigger->mRepeat), 220, 486);
-        drawStatus(formatText("delay: %.2f", trigger->mDelay), 220, 496);
+        drawStatus(formatText("repeat: %d", trigger->mRepeat), 1, 0);
+        drawStatus(formatText("delay: %.2f", trigger->mDelay), 1, 1);
     }
-    drawStatus("value: " + trigger->mValue, 320, 486, TRIGGER_VALUE_TEXT);
+    drawStatus("value: " + trigger->mValue, 2, 0, TRIGGER_VALUE_TEXT);
 }
 
 void HUD::writeSplineStatus()
 {
     const Script::Spline* spline = getCurrentSpline();
     if (!spline) return;
-    drawBox(AXIS_LEFT, 487, 398, 23, SPLINE_BAR, false);
-    drawStatus(formatText("keys: %d", size(spline->mKeys.size())), 120, 486);
-    drawStatus(formatText("current: %.3f", spline->getSplineValue(mTime - getCurrentEffect()->mStart)), 120, 496);
-    drawStatus(formatText("max: %.3f", spline->mValueScale * spline->mMax), 220, 486);
-    drawStatus(formatText("min: %.3f", spline->mValueScale * spline->mMin), 220, 496);
+    clearStatus(SPLINE_BAR);
+    drawStatus(formatText("keys: %d", size(spline->mKeys.size())), 0, 0);
+    drawStatus(formatText("current: %.3f", spline->getSplineValue(mTime - getCurrentEffect()->mStart)), 0, 1);
+    drawStatus(formatText("max: %.3f", spline->mValueScale * spline->mMax), 1, 0);
+    drawStatus(formatText("min: %.3f", spline->mValueScale * spline->mMin), 1, 1);
     if (mEditMode && mCurrentPart >= 0 && mCurrentPart < size(spline->mKeys.size()))
     {
         const Script::Spline::Key& key = *spline->mKeys[static_cast<std::size_t>(mCurrentPart)];
-        drawStatus(formatText("current key: %.2f", spline->getSplineValue(key.time)), 320, 486);
+        drawStatus(formatText("current key: %.2f", spline->getSplineValue(key.time)), 2, 0);
     }
 }
 
