@@ -64,11 +64,11 @@ public:
     // Writes the settings that can change while the show runs back into the configuration; the rest of it stays.
     void save();
 
-    // The show time in seconds.
+    // The show time in seconds, never below 0 while it runs. It can run for 24 days from wherever it was sought to.
     float getMusicTime() const;
 
-    // Moves the show to a position in the music, in seconds. While paused only the clock moves; else the stream seeks
-    // in whole milliseconds and the clock follows the position it really took.
+    // Moves the show to a position in the music, in seconds; behind the end of the music too. While paused only the
+    // clock moves; else the stream seeks in whole milliseconds and the clock follows the position it reports.
     void setMusicTime(float seconds);
 
     // Throws unless `load` brought a window that the show can be drawn in and, where frames are dumped, read from.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cassert>
+
 namespace Tidewheel
 {
 
@@ -34,14 +36,13 @@ struct Events
     int count = 0;
     Event* events = nullptr; // `CAPACITY` records
 
-    // Appends a record. A full list drops it, since a burst of keys is worth less than the memory behind the array;
-    // only a quit record is never lost: it takes the place of the last one.
+    bool isFull() const { return count >= CAPACITY; }
+
+    // Appends a record to a list that is not full. What finds it full waits for the next frame.
     void append(const Event& event)
     {
-        if (count < CAPACITY)
-            events[count++] = event;
-        else if (event.type == EVENT_QUIT)
-            events[CAPACITY - 1] = event;
+        assert(!isFull());
+        events[count++] = event;
     }
 };
 

@@ -140,7 +140,7 @@ void Base::addScreenshotArchive(const std::string& uri)
 float Base::getMusicTime() const
 {
     if (mPaused) return mPauseTime;
-    return static_cast<float>(static_cast<int>(SDL_GetTicks() - static_cast<Uint32>(mTimeOffset)) / 1000.0);
+    return static_cast<float>((SDL_GetTicks() - static_cast<Uint32>(mTimeOffset)) / 1000.0);
 }
 
 void Base::setMusicTime(float seconds)
@@ -418,7 +418,7 @@ void Base::updateHUDs(Loop& loop)
     // In a frame with a full list the time waits for the next one.
     const float pixel = mHUD->getTimePerPixel() * 1000.0f;
     const Uint32 ticks = SDL_GetTicks();
-    if (static_cast<float>(ticks) > static_cast<float>(mLastHudTicks) + pixel && mEvents.count < Events::CAPACITY)
+    if (static_cast<float>(ticks) > static_cast<float>(mLastHudTicks) + pixel && !mEvents.isFull())
     {
         mLastHudTicks = static_cast<int>(ticks);
         loop.samples[loop.sampleIndex++ % Loop::SAMPLE_COUNT] = 1.0f / mFrameTime;

@@ -115,13 +115,13 @@ void Base::loadWindow(const Xml::XmlTag& tag)
     mFullscreen = tag.getValue("mode") == "fullscreen";
     const bool openGL = tag.getValue("type") == "opengl";
 
+    std::printf("Opening window ['%s'][%dx%d][%s][%s]\n", caption.c_str(), width, height,
+                mFullscreen ? "Fullscreen" : "Windowed", openGL ? "OpenGL" : "Software");
+
     // SDL would take 0 for the size of the whole screen.
     if (width < 1 || height < 1 || width > MAX_WINDOW_SIZE || height > MAX_WINDOW_SIZE)
         throw Exception("[Tidewheel] The window in 'tidewheel.xml' needs a width and a height from 1 to %d (%dx%d)",
                         MAX_WINDOW_SIZE, width, height);
-
-    std::printf("Opening window ['%s'][%dx%d][%s][%s]\n", caption.c_str(), width, height,
-                mFullscreen ? "Fullscreen" : "Windowed", openGL ? "OpenGL" : "Software");
 
     // SDL has one window: that of an earlier tag goes before this one comes.
     delete mDevice;

@@ -18,7 +18,7 @@ DeviceSDL::~DeviceSDL()
 void DeviceSDL::updateEvents(Events& events)
 {
     SDL_Event event;
-    while (SDL_PollEvent(&event))
+    while (!events.isFull() && SDL_PollEvent(&event))
     {
         if (event.type == SDL_KEYDOWN)
             appendKey(events, EVENT_KEYDOWN, event.key.keysym.sym, event.key.keysym.scancode, event.key.keysym.mod);

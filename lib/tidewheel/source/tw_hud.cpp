@@ -459,11 +459,12 @@ void HUD::drawKeys(const Script::Spline& spline, float effectStart, int y, bool 
     }
 }
 
-// The dotted lines at the clock and at the start of the show, over the whole list.
+// The dotted lines at the clock and at the start of the show, over the whole list. Where the zoom has just left the
+// clock beyond the axis, there is no line until the next time event brings the clock back.
 void HUD::drawClockLines()
 {
     const int clockColumn = AXIS_LEFT + truncate(mCursor * AXIS_WIDTH / mWindowLength);
-    const bool clockVisible = clockColumn >= 0 && clockColumn < mWidth;
+    const bool clockVisible = clockColumn >= AXIS_LEFT && clockColumn < AXIS_RIGHT;
     const float start = mStartTime - mWindowStart;
     const bool startVisible = start >= 0.0f && start < mWindowLength;
     const int startColumn = AXIS_LEFT + truncate(start * AXIS_WIDTH / mWindowLength);

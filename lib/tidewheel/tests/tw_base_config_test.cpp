@@ -40,9 +40,9 @@ TEST(Configuration, settingsAreReadAsTheyStandInTheFile)
     ShowFolder folder;
     folder.write("script.xml", script);
     folder.write("other.xml", "<script><effect name=\"b\" end=\"30\"/></script>");
-    folder.write("track.wav", silentWave());
+    folder.write("track", "music");
     folder.write("tidewheel.xml", "<demo><time start=\"3\"/><hud mini=\"on\"/><hud mini=\"off\"/>"
-                                  "<music file=\"track.wav\" mute=\"on\"/><music file=\"track.wav\" mute=\"ON\"/>"
+                                  "<music file=\"track\" mute=\"on\"/><music file=\"track\" mute=\"ON\"/>"
                                   "<script file=\"script.xml\"/><script file=\"other.xml\"/>"
                                   "<time start=\"12.5x\"/><archive file=\"zip://none\"/><archive/></demo>");
     auto base = makeBase(folder);
@@ -88,24 +88,35 @@ TEST(Configuration, isRewrittenByteForByteAtTheEnd)
          "<demo>\n\t<hud mini=\"off\"/>\n\t<time start=\"12.35\"/>\n</demo>\n"},
         {"the first time and hud, but the last value; every music; the rest stays",
          "<?xml version='1.0'?><!-- lost --><demo><!-- kept --><hud a=\"b\"/><hud mini=\"on\"/><time/>"
-         "<time start=\"2\"/><music file=\"track.wav\"/><music file=\"track.wav\" mute=\"on\"/>some text<x y=\"z\"/>"
+         "<time start=\"2\"/><music file=\"track\"/><music file=\"track\" mute=\"on\"/>some text<x y=\"z\"/>"
          "</demo>",
          "<?xml version=\"1.0\"?>\n\n<demo>\n\t<!-- kept -->\n\t<hud a=\"b\" mini=\"on\"/>\n\t<hud mini=\"on\"/>\n"
-         "\t<time start=\"2.00\"/>\n\t<time start=\"2\"/>\n\t<music file=\"track.wav\" mute=\"on\"/>\n"
-         "\t<music file=\"track.wav\" mute=\"on\"/>\n\tsome text\n\t<x y=\"z\"/>\n</demo>\n"},
+         "\t<time start=\"2.00\"/>\n\t<time start=\"2\"/>\n\t<music file=\"track\" mute=\"on\"/>\n"
+         "\t<music file=\"track\" mute=\"on\"/>\n\tsome text\n\t<x y=\"z\"/>\n</demo>\n"},
         {"another root is left alone", "<show></show>", "<show></show>"},
     };
     for (const Case& c : cases)
     {
         ShowFolder folder;
         folder.write("script.xml", script);
-        folder.write("track.wav", silentWave());
+        folder.write("track", "music");
         folder.write("tidewheel.xml", c.before);
         auto base = makeBase(folder);
         base->load("");
         base.reset();
         EXPECT_EQ(c.after, folder.read("tidewheel.xml")) << c.name;
     }
+}
+
+TEST(Configuration, aWindowIsAnnouncedBeforeItsSizeIsRefused)
+{
+    ShowFolder folder;
+    folder.write("tidewheel.xml", "<demo><window caption=\"show\" width=\"640\" height=\"0\"/></demo>");
+    auto base = makeBase(folder);
+    testing::internal::CaptureStdout();
+    EXPECT_EQ("[Tidewheel] The window in 'tidewheel.xml' needs a width and a height from 1 to 16384 (640x0)",
+              textOf([&] { base->load(""); }));
+    EXPECT_EQ("Opening window ['show'][640x0][Windowed][Software]\n", testing::internal::GetCapturedStdout());
 }
 
 // Reading goes through all archives, writing into the first: the copy wins at the next start.

@@ -89,7 +89,7 @@ TEST_F(DeviceTest, keysCarryTheModifiersOfTheirMoment)
     EXPECT_TRUE(mDevice.mAlt);
 }
 
-TEST_F(DeviceTest, aQuitEndsThePollAndIsNeverLost)
+TEST_F(DeviceTest, aQuitAndAFullListEndThePollAndNothingIsLost)
 {
     open(64, 64);
     SDL_Event quit = {};
@@ -101,13 +101,17 @@ TEST_F(DeviceTest, aQuitEndsThePollAndIsNeverLost)
     ASSERT_EQ(1, mEvents.count);
     EXPECT_EQ(SDLK_b, mRecords[0].key);
 
-    // More than the list holds, with the quit at the end: the first keys stay, and the quit is among them.
-    std::vector<SDL_Event> burst(40, key(SDL_KEYDOWN, SDLK_a));
-    burst.push_back(quit);
+    std::vector<SDL_Event> burst(20, key(SDL_KEYDOWN, SDLK_a));
+    burst[10] = key(SDL_KEYDOWN, SDLK_c);
+    burst.push_back(key(SDL_KEYDOWN, SDLK_ESCAPE));
     poll(burst);
     ASSERT_EQ(Tidewheel::Events::CAPACITY, mEvents.count);
-    EXPECT_EQ(SDLK_a, mRecords[8].key);
-    EXPECT_EQ(Tidewheel::EVENT_QUIT, mRecords[9].type);
+    poll({});
+    ASSERT_EQ(Tidewheel::Events::CAPACITY, mEvents.count);
+    EXPECT_EQ(SDLK_c, mRecords[0].key);
+    poll({});
+    ASSERT_EQ(1, mEvents.count);
+    EXPECT_EQ(SDLK_ESCAPE, mRecords[0].key);
 }
 
 TEST_F(DeviceTest, everyFrameStartsFromTheSameState)

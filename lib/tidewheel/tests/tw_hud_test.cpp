@@ -288,6 +288,11 @@ TEST(HudView, clockAndStartStandOnTheAxis)
     }
     stage.time(3.0f, 43.0f); // near the start the clock runs in from the left; the start line is past the window
     expectPixels(stage, {{139, 30, red}, {508, 30, 0xCC333344}});
+
+    // The zoom moves the clock away until the next time event: past the axis it has no line, least of all on the frame.
+    stage.time(15.1f);
+    stage.keys("Plus Plus Plus Plus Plus");
+    for (int x = 508; x < 512; ++x) EXPECT_EQ(pixel(stage.mHud, x, 30), x < 510 ? 0xCC333344 : white) << x;
 }
 
 TEST(HudView, scrollsToTheSelectedRow)
