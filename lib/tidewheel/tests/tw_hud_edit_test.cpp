@@ -74,24 +74,6 @@ std::string splineOf(const char* keys)
 
 } // namespace
 
-TEST(HudBrowsing, walksThroughEntriesAndTheRowsOfExpandedOnes)
-{
-    Stage stage(threeEntries);
-    const struct
-    {
-        const char* keys;
-        int effect, row;
-    } steps[] = {
-        {"Up", 0, 0},   {"Down Up", 0, 0}, {"Right Down Down Down", 0, 3}, {"Down Down Down", 2, 0}, {"Up Up", 0, 3},
-        {"Left", 0, 0}, {"Down Up", 0, 0}, {"Right Down Left Right", 0, 0}};
-    for (const auto& step : steps)
-    {
-        stage.keys(step.keys);
-        EXPECT_EQ(stage.mHud.mCurrentEffect, step.effect) << step.keys;
-        EXPECT_EQ(stage.mHud.mCurrentRow, step.row) << step.keys;
-    }
-}
-
 TEST(HudBrowsing, swapsEntriesAndGoesWithThem)
 {
     Stage stage(onlyNames);
@@ -138,16 +120,21 @@ TEST(HudBrowsing, deletesKeysBeforeTheirSplineAndWhatIsSelected)
                    {"^Delete ^Delete", "", "000"}});
 }
 
-TEST(HudBrowsing, splinesGoThroughTheirTypes)
+TEST(HudBrowsing, walksThroughTheRowsOfExpandedEntriesAndSplineTypes)
 {
-    Stage stage(splineOf("<key/>"));
-    for (const char* expected : {"linear", "bezier", "smooth", "square", "linear"})
-    {
-        EXPECT_EQ(stage.spline(0).mType, expected);
-        stage.keys("Left ^t Right Down ^t"); // nothing on the entry's row
-    }
+    const std::string row = "a 1..9 [t 0] [u 0] <s ", rest = " 0:0 4:2>; b 3..4; c 5..6; ";
+    const std::string closed = row + "linear" + rest, open = "-" + closed;
+    Stage stage(threeEntries);
+    follow(stage, {{"Up Down Up ^t", closed.c_str(), "000"},
+                   {"Right Down Down Down", open.c_str(), "030"},
+                   {"Down Down Down", open.c_str(), "200"},
+                   {"Up Up", open.c_str(), "030"},
+                   {"^t", ("-" + row + "bezier" + rest).c_str(), "030"},
+                   {"^t ^t", ("-" + row + "square" + rest).c_str(), "030"},
+                   {"^t Left", closed.c_str(), "000"},
+                   {"Down Up", closed.c_str(), "000"}});
     stage.spline(0).mType = "other";
-    stage.keys("^t");
+    stage.keys("Right Down Down Down ^t");
     EXPECT_EQ(stage.spline(0).mType, "other");
 }
 
@@ -232,26 +219,4 @@ TEST(HudEditing, zoomsByFiveSecondsInBothModes)
     EXPECT_EQ(stage.mHud.mWindowLength, 45.0f);
     stage.keys("Return Plus Plus Plus Plus Plus Plus Plus Plus Plus Plus");
     EXPECT_EQ(stage.mHud.getTimePerPixel(), 5.0f / 398.0f);
-}
-
-TEST(HudSaving, writesWhatWasEdited)
-{
-    Stage stage("<script><effect name='known' start='1' end='2'/></script>");
-    zoomToSeconds(stage);
-    stage.time(12.0f);
-    stage.keys(
-        "^F2 ^n e r Return ^F3 Down Return Insert Return ^v 0 0 7 Return Up ^o ^F4 Down Down Return Right ^Up ^Right");
-    EXPECT_EQ(stage.saved(),
-              "<script>\n"
-              "\t<effect name=\"newer\" start=\"12\" end=\"22\">\n"
-              "\t\t<trigger start=\"0\" name=\"new\" value=\"007\" repeat=\"2\" delay=\"5\"/>\n"
-              "\t\t<spline name=\"new\" type=\"smooth\" timescale=\"1\" timeoffset=\"0\" valuescale=\"1\""
-              " valueoffset=\"0\">\n"
-              "\t\t\t<key time=\"0\" value=\"0\"/>\n"
-              "\t\t\t<key time=\"6\" value=\"2\"/>\n"
-              "\t\t\t<key time=\"10\" value=\"0\"/>\n"
-              "\t\t</spline>\n"
-              "\t</effect>\n"
-              "\t<effect name=\"known\" start=\"1\" end=\"2\"/>\n"
-              "</script>\n");
 }
