@@ -148,13 +148,14 @@ TEST_F(BaseTest, setsUpInOrderOfNamesAndTellsTheLoadingEffect)
     Probe loading("loading", mLog);
     mBase->addEffect("another", &other);
     mBase->mLoadingEffect = &loading;
+    mBase->mScriptEngine.mEffects.push_back(new Script::Effect);
     runWith({{}});
     mLog.resize(12);
-    EXPECT_EQ((Strings{"setup loading", "loading max=1", "setup other", "begin", "loading percent=0.000000",
+    EXPECT_EQ((Strings{"setup loading", "loading max=2", "setup other", "begin", "loading percent=0.000000",
                        "loading index=0", "end", "setup probe", "begin", "loading percent=0.500000", "loading index=1",
                        "end"}),
               mLog);
-    EXPECT_EQ((std::vector<float>{0.0f, 1.0f}), loading.mPositions);
+    EXPECT_EQ((std::vector<float>{0.0f, 0.5f}), loading.mPositions);
 }
 
 TEST_F(BaseTest, aFrameIsDrawnInThisOrderAndTheLastOneToItsEnd)

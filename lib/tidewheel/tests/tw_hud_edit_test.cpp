@@ -134,8 +134,10 @@ TEST(HudBrowsing, walksThroughTheRowsOfExpandedEntriesAndSplineTypes)
                    {"^t Left", closed.c_str(), "000"},
                    {"Down Up", closed.c_str(), "000"}});
     stage.spline(0).mType = "other";
+    stage.spline(0).mMax = 99.0f;
     stage.keys("Right Down Down Down ^t");
     EXPECT_EQ(stage.spline(0).mType, "other");
+    EXPECT_GT(3.0f, stage.spline(0).mMax); // worked out again
 }
 
 TEST(HudTextField, takesWhatIsTypedUntilReturn)
