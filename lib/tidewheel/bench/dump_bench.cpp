@@ -93,7 +93,8 @@ void readPixels(benchmark::State& state)
         glReadPixels(0, 0, width, height, GL_BGRA, GL_UNSIGNED_BYTE, pixels.data());
         benchmark::DoNotOptimize(pixels.data());
     }
-    state.counters["frames/s"] = benchmark::Counter(static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
+    state.counters["frames/s"] =
+        benchmark::Counter(static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
 }
 
 void encode(benchmark::State& state)
@@ -101,8 +102,7 @@ void encode(benchmark::State& state)
     AM::Image image = makeImage();
     window().getScreenShot(image);
     std::vector<png_bytep> rows;
-    for (int y = 0; y < height; y++)
-        rows.push_back(image->getWriteData() + y * width * 4);
+    for (int y = 0; y < height; y++) rows.push_back(image->getWriteData() + y * width * 4);
 
     for (auto _ : state)
     {
@@ -118,7 +118,8 @@ void encode(benchmark::State& state)
         png_destroy_write_struct(&png, &info);
         benchmark::DoNotOptimize(bytes.data());
     }
-    state.counters["frames/s"] = benchmark::Counter(static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
+    state.counters["frames/s"] =
+        benchmark::Counter(static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
 }
 
 void dump(benchmark::State& state)
@@ -142,7 +143,8 @@ void dump(benchmark::State& state)
         device.getScreenShot(image);
         video->writeFrame();
     }
-    state.counters["frames/s"] = benchmark::Counter(static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
+    state.counters["frames/s"] =
+        benchmark::Counter(static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
     std::filesystem::remove_all(folder);
 }
 

@@ -14,7 +14,7 @@ namespace AM
 {
 class Image;
 class VideoFile;
-}
+} // namespace AM
 
 namespace Xml
 {
@@ -64,11 +64,11 @@ public:
     // Writes the settings that can change while the show runs back into the configuration; the rest of it stays.
     void save();
 
-    // The show time in seconds.
+    // The show time in seconds, never below 0 while it runs. It can run for 24 days from wherever it was sought to.
     float getMusicTime() const;
 
-    // Moves the show to a position in the music, in seconds. While paused only the clock moves; else the stream seeks
-    // in whole milliseconds and the clock follows the position it really took.
+    // Moves the show to a position in the music, in seconds; behind the end of the music too. While paused only the
+    // clock moves; else the stream seeks in whole milliseconds and the clock follows the position it reports.
     void setMusicTime(float seconds);
 
     // Throws unless `load` brought a window that the show can be drawn in and, where frames are dumped, read from.
@@ -83,25 +83,25 @@ public:
     AM::ArchiveManager mScreenshotArchives; // screenshots and dumped frames
     Script::ScriptEngine mScriptEngine;     // the timeline
     std::string mMusicFile;
-    AM::File mMusicData;                    // the stream plays from this memory: it must stay until that is closed
-    std::string mScriptFile;                // also the name that Ctrl+S writes to
-    FSOUND_STREAM* mStream;                 // owned; null without music
-    float mPauseTime;                       // seconds; time at the last seek or pause, and the clock while paused
+    AM::File mMusicData;     // the stream plays from this memory: it must stay until that is closed
+    std::string mScriptFile; // also the name that Ctrl+S writes to
+    FSOUND_STREAM* mStream;  // owned; null without music
+    float mPauseTime;        // seconds; time at the last seek or pause, and the clock while paused
     bool mPaused;
     bool mMute;
-    bool mLoaded;                           // `load` has finished: there are settings to save
-    bool mFullscreen;                       // wanted; the device is brought to it at the end of each frame
-    int mLastHudTicks;                      // milliseconds; when the HUDs last got a time event
-    float mStartTime;                       // seconds; where the show begins and P jumps to
-    float mFrameTime;                       // seconds; running average
-    DeviceSDL* mDevice;                     // owned; null until `load`
+    bool mLoaded;       // `load` has finished: there are settings to save
+    bool mFullscreen;   // wanted; the device is brought to it at the end of each frame
+    int mLastHudTicks;  // milliseconds; when the HUDs last got a time event
+    float mStartTime;   // seconds; where the show begins and P jumps to
+    float mFrameTime;   // seconds; running average
+    DeviceSDL* mDevice; // owned; null until `load`
     Events mEvents;
-    Effect* mLoadingEffect;                 // shown during setup; not owned, null for a plain bar
-    HUD* mHUD;                              // owned; null until `load`
-    MiniHUD* mMiniHUD;                      // owned; null until `load`
-    int mTimeOffset;                        // milliseconds; tick count at which the show time is 0
-    AM::VideoFile* mVideoFile;              // owned; null unless frames are dumped
-    int mFrameSkip;                         // drawn frames for each dumped one
+    Effect* mLoadingEffect;    // shown during setup; not owned, null for a plain bar
+    HUD* mHUD;                 // owned; null until `load`
+    MiniHUD* mMiniHUD;         // owned; null until `load`
+    int mTimeOffset;           // milliseconds; tick count at which the show time is 0
+    AM::VideoFile* mVideoFile; // owned; null unless frames are dumped
+    int mFrameSkip;            // drawn frames for each dumped one
 
 private:
     struct Loop;

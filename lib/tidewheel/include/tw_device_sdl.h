@@ -27,7 +27,8 @@ public:
     // Closes the device.
     virtual ~DeviceSDL();
 
-    // Appends all waiting key and quit events to `events`, which is emptied by the caller. A quit event ends the poll.
+    // Appends the waiting key and quit events to `events`, which is emptied by the caller. A quit event and a full list
+    // end the poll; what is left waits for the next one.
     virtual void updateEvents(Events& events);
 
     // Opens the window, with `width` and `height` in pixels. Throws when SDL cannot.
@@ -56,11 +57,11 @@ public:
     virtual int getHeight() const;
 
     std::string mCaption;
-    int mWidth;      // pixels
-    int mHeight;     // pixels
+    int mWidth;  // pixels
+    int mHeight; // pixels
     bool mFullscreen;
     bool mOpen;
-    bool mAlt;       // modifiers of the last key event
+    bool mAlt; // modifiers of the last key event
     bool mShift;
     bool mCtrl;
 

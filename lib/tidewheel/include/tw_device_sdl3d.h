@@ -49,10 +49,10 @@ public:
     void getScreenShotRGB24(unsigned char* buffer) const override;
     void getScreenShot(AM::Image& image) const override;
 
-    unsigned int mHudTexture;     // GL texture name, 0 for none
-    unsigned int mMiniHudTexture; // GL texture name, 0 for none
-    bool mInFrame;                // the attribute stacks hold the state that beginFrame pushed
-    const char* mExtensions;      // GL's list of extensions; null until `open`
+    unsigned int mHudTexture;                // GL texture name, 0 for none
+    unsigned int mMiniHudTexture;            // GL texture name, 0 for none
+    bool mInFrame;                           // the attribute stacks hold the state that beginFrame pushed
+    const char* mExtensions;                 // GL's list of extensions; null until `open`
     Fennel::TextureManager* mTextureManager; // owned; null until `open`
 
 private:

@@ -84,6 +84,7 @@ private:
     Span getSpan(const Script::Effect& effect) const;
     bool isHidden(int y, int height, int reach = 0) const;
     void drawFrame();
+    void drawSheet(int edge, std::uint32_t colour);
     void drawLogo();
     int drawDetails(const Script::Effect& effect, int y, bool selected);
     void drawFirings(const Script::Trigger& trigger, float effectStart, int y, bool selected);
@@ -91,7 +92,8 @@ private:
     void drawKeys(const Script::Spline& spline, float effectStart, int y, bool selected, float divisor);
     void drawClockLines();
     void drawClock();
-    void drawStatus(const std::string& text, int x, int y, std::uint32_t colour = 0xFFFFFFFF);
+    void clearStatus(std::uint32_t colour);
+    void drawStatus(const std::string& text, int column, int line, std::uint32_t colour = 0xFFFFFFFF);
 
     Script::Effect* getCurrentEffect() const;
     Script::Trigger* getCurrentTrigger() const;

@@ -29,10 +29,8 @@ namespace
 int toMilliseconds(float seconds)
 {
     const float milliseconds = seconds * 1000.0f;
-    if (!(milliseconds > static_cast<float>(INT_MIN)))
-        return INT_MIN;
-    if (!(milliseconds < static_cast<float>(INT_MAX)))
-        return INT_MAX;
+    if (!(milliseconds > static_cast<float>(INT_MIN))) return INT_MIN;
+    if (!(milliseconds < static_cast<float>(INT_MAX))) return INT_MAX;
     return static_cast<int>(milliseconds);
 }
 
@@ -42,8 +40,7 @@ float wallTime()
     return static_cast<float>(SDL_GetTicks() / 1000.0);
 }
 
-template <typename Value>
-std::string printed(const char* format, Value value)
+template <typename Value> std::string printed(const char* format, Value value)
 {
     char text[64];
 #pragma GCC diagnostic push
@@ -69,15 +66,15 @@ bool isExit(const Event& event)
 // What lives as long as the main loop.
 struct Base::Loop
 {
-    static const int sampleCount = 32;
+    static const int SAMPLE_COUNT = 32;
 
-    float time;                       // seconds; the time of this frame
-    Uint32 lastTicks = 0;             // milliseconds; start of the last frame
+    float time;           // seconds; the time of this frame
+    Uint32 lastTicks = 0; // milliseconds; start of the last frame
     bool running = true;
-    float samples[sampleCount] = {};  // ring of frames per second, one for each time event
+    float samples[SAMPLE_COUNT] = {}; // ring of frames per second, one for each time event
     unsigned int sampleIndex = 0;
-    int dumpCounter = 0;              // drawn frames since the last dumped one; 0 dumps
-    AM::Image image;                  // of the device's size from the first screenshot or dumped frame on
+    int dumpCounter = 0; // drawn frames since the last dumped one; 0 dumps
+    AM::Image image;     // of the device's size from the first screenshot or dumped frame on
 
     explicit Loop(float startTime) : time(startTime), image(new AM::ImageObject(0, 0, nullptr, nullptr, "")) {}
 };
@@ -87,7 +84,7 @@ Base::Base()
       mLastHudTicks(0), mStartTime(0.0f), mFrameTime(0.0f), mDevice(nullptr), mLoadingEffect(nullptr), mHUD(nullptr),
       mMiniHUD(nullptr), mTimeOffset(0), mVideoFile(nullptr), mFrameSkip(0)
 {
-    mEvents.events = new Event[Events::capacity];
+    mEvents.events = new Event[Events::CAPACITY];
 }
 
 Base::~Base() noexcept(false)
@@ -95,8 +92,7 @@ Base::~Base() noexcept(false)
     std::exception_ptr failure;
     try
     {
-        if (mLoaded)
-            save();
+        if (mLoaded) save();
     }
     catch (...)
     {
@@ -110,10 +106,8 @@ Base::~Base() noexcept(false)
     delete mDevice;
     delete[] mEvents.events;
 
-    if (!failure)
-        return;
-    if (std::uncaught_exceptions() == 0)
-        std::rethrow_exception(failure);
+    if (!failure) return;
+    if (std::uncaught_exceptions() == 0) std::rethrow_exception(failure);
     try
     {
         std::rethrow_exception(failure);
@@ -135,21 +129,18 @@ void Base::addEffect(const std::string& name, Effect* effect)
 
 void Base::addArchive(const std::string& uri)
 {
-    if (!uri.empty())
-        mArchives.addArchive(uri);
+    if (!uri.empty()) mArchives.addArchive(uri);
 }
 
 void Base::addScreenshotArchive(const std::string& uri)
 {
-    if (!uri.empty())
-        mScreenshotArchives.addArchive(uri);
+    if (!uri.empty()) mScreenshotArchives.addArchive(uri);
 }
 
 float Base::getMusicTime() const
 {
-    if (mPaused)
-        return mPauseTime;
-    return static_cast<float>(static_cast<int>(SDL_GetTicks() - static_cast<Uint32>(mTimeOffset)) / 1000.0);
+    if (mPaused) return mPauseTime;
+    return static_cast<float>((SDL_GetTicks() - static_cast<Uint32>(mTimeOffset)) / 1000.0);
 }
 
 void Base::setMusicTime(float seconds)
@@ -170,8 +161,7 @@ void Base::setMusicTime(float seconds)
 
 void Base::closeMusic()
 {
-    if (!mStream)
-        return;
+    if (!mStream) return;
     FSOUND_Stream_Close(mStream);
     FSOUND_Close();
     mStream = nullptr;
@@ -184,8 +174,7 @@ void Base::run()
     startMusic();
 
     Loop loop(mStartTime);
-    while (loop.running)
-        runFrame(loop);
+    while (loop.running) runFrame(loop);
 
     closeMusic();
 }
@@ -197,8 +186,7 @@ void Base::checkWindow() const
                                 : "[Tidewheel] The root tag of 'tidewheel.xml' is not 'demo'");
     if (dynamic_cast<const DeviceSDL2D*>(mDevice))
         throw Exception("[Tidewheel] The window in 'tidewheel.xml' is not of the type 'opengl'");
-    if (!mVideoFile)
-        return;
+    if (!mVideoFile) return;
     if (mDevice->getHeight() % 2 != 0)
         throw Exception("[Tidewheel] Frames can be dumped only from a window of even height (%d)",
                         mDevice->getHeight());
@@ -222,8 +210,7 @@ void Base::setupEffects()
     {
         mEvents.count = 0;
         mDevice->updateEvents(mEvents);
-        if (std::any_of(mEvents.events, mEvents.events + mEvents.count, isExit))
-            throw Exception("User aborted!");
+        if (std::any_of(mEvents.events, mEvents.events + mEvents.count, isExit)) throw Exception("User aborted!");
 
         // addEffect lets nothing but effects into the map.
         static_cast<Effect*>(callback.second)->setupInternal(mDevice, &mArchives);
@@ -266,8 +253,7 @@ void Base::startMusic()
     setMusicTime(mStartTime);
     SDL_Delay(pause);
     setMusicTime(mStartTime);
-    if (mStream)
-        FSOUND_SetMute(FSOUND_ALL, mMute);
+    if (mStream) FSOUND_SetMute(FSOUND_ALL, mMute);
 }
 
 void Base::runFrame(Loop& loop)
@@ -277,17 +263,13 @@ void Base::runFrame(Loop& loop)
     updateHUDs(loop);
 
     mDevice->beginFrame();
-    if (!mScriptEngine.update(loop.time))
-        loop.running = false;
+    if (!mScriptEngine.update(loop.time)) loop.running = false;
     mDevice->displayHUD(*mHUD);
-    if (mMiniHUD->mVisible)
-        mDevice->displayMiniHUD(*mMiniHUD);
+    if (mMiniHUD->mVisible) mDevice->displayMiniHUD(*mMiniHUD);
     mDevice->endFrame();
 
-    if (mVideoFile)
-        dumpFrame(loop);
-    if (mDevice->isFullscreen() != mFullscreen)
-        mDevice->setFullscreen(mFullscreen);
+    if (mVideoFile) dumpFrame(loop);
+    if (mDevice->isFullscreen() != mFullscreen) mDevice->setFullscreen(mFullscreen);
 }
 
 void Base::processInput(Loop& loop)
@@ -297,10 +279,8 @@ void Base::processInput(Loop& loop)
     for (int i = 0; i < mEvents.count; i++)
     {
         const Event& event = mEvents.events[i];
-        if (isExit(event) && !mHUD->mVisible)
-            loop.running = false;
-        if (event.type == EVENT_KEYDOWN && !mHUD->mTextField)
-            processKey(event, loop);
+        if (isExit(event) && !mHUD->mVisible) loop.running = false;
+        if (event.type == EVENT_KEYDOWN && !mHUD->mTextField) processKey(event, loop);
     }
 }
 
@@ -309,8 +289,7 @@ void Base::processKey(const Event& event, Loop& loop)
     switch (event.key)
     {
     case SDLK_RETURN:
-        if (event.ctrl || event.alt)
-            mFullscreen = !mFullscreen;
+        if (event.ctrl || event.alt) mFullscreen = !mFullscreen;
         break;
     case SDLK_p:
         processStartKey(event);
@@ -323,8 +302,7 @@ void Base::processKey(const Event& event, Loop& loop)
         break;
     case SDLK_m:
         mMute = !mMute;
-        if (mStream)
-            FSOUND_SetMute(FSOUND_ALL, mMute);
+        if (mStream) FSOUND_SetMute(FSOUND_ALL, mMute);
         break;
     case SDLK_PAGEUP:
         seek(event, 1.0f);
@@ -352,8 +330,7 @@ void Base::processStartKey(const Event& event)
         mStartTime = getMusicTime();
         return;
     }
-    if (event.alt)
-        mStartTime = 0.0f;
+    if (event.alt) mStartTime = 0.0f;
     setMusicTime(mStartTime);
 }
 
@@ -372,14 +349,12 @@ void Base::togglePause()
     if (!mPaused)
     {
         mPauseTime = getMusicTime();
-        if (mStream)
-            FSOUND_Stream_Stop(mStream);
+        if (mStream) FSOUND_Stream_Stop(mStream);
         mPaused = true;
         return;
     }
 
-    if (mStream)
-        FSOUND_Stream_Play(FSOUND_FREE, mStream);
+    if (mStream) FSOUND_Stream_Play(FSOUND_FREE, mStream);
     mPaused = false;
     setMusicTime(mPauseTime);
 }
@@ -406,8 +381,7 @@ void Base::writeScreenShot(AM::Image& image)
 // Gives the image the device's size, unless it has it already. True if it was given now.
 bool Base::sizeImage(AM::Image& image) const
 {
-    if (image->getWidth() != 0)
-        return false;
+    if (image->getWidth() != 0) return false;
     image->resize(mDevice->getWidth(), mDevice->getHeight());
     return true;
 }
@@ -439,16 +413,15 @@ void Base::advanceTime(Loop& loop)
 // While a HUD is on screen, gives it the events of the frame and, about once a pixel of its axis, the time.
 void Base::updateHUDs(Loop& loop)
 {
-    if (!mHUD->mVisible && !mMiniHUD->mVisible)
-        return;
+    if (!mHUD->mVisible && !mMiniHUD->mVisible) return;
 
     // In a frame with a full list the time waits for the next one.
     const float pixel = mHUD->getTimePerPixel() * 1000.0f;
     const Uint32 ticks = SDL_GetTicks();
-    if (static_cast<float>(ticks) > static_cast<float>(mLastHudTicks) + pixel && mEvents.count < Events::capacity)
+    if (static_cast<float>(ticks) > static_cast<float>(mLastHudTicks) + pixel && !mEvents.isFull())
     {
         mLastHudTicks = static_cast<int>(ticks);
-        loop.samples[loop.sampleIndex++ % Loop::sampleCount] = 1.0f / mFrameTime;
+        loop.samples[loop.sampleIndex++ % Loop::SAMPLE_COUNT] = 1.0f / mFrameTime;
 
         Event event;
         event.type = EVENT_TIME;
@@ -456,22 +429,19 @@ void Base::updateHUDs(Loop& loop)
         event.start = mStartTime;
         event.fps = 0.0f;
         if (loop.time - mPauseTime > 0.1f)
-            event.fps = std::accumulate(loop.samples, loop.samples + Loop::sampleCount, 0.0f) / Loop::sampleCount;
+            event.fps = std::accumulate(loop.samples, loop.samples + Loop::SAMPLE_COUNT, 0.0f) / Loop::SAMPLE_COUNT;
         mEvents.append(event);
     }
 
-    if (mHUD->mVisible)
-        mHUD->processEvents(mEvents);
-    if (mMiniHUD->mVisible)
-        mMiniHUD->processEvents(mEvents);
+    if (mHUD->mVisible) mHUD->processEvents(mEvents);
+    if (mMiniHUD->mVisible) mMiniHUD->processEvents(mEvents);
 }
 
 void Base::dumpFrame(Loop& loop)
 {
     if (loop.dumpCounter == 0)
     {
-        if (sizeImage(loop.image))
-            mVideoFile->attach(loop.image);
+        if (sizeImage(loop.image)) mVideoFile->attach(loop.image);
         mDevice->getScreenShot(loop.image);
         mVideoFile->writeFrame();
     }

@@ -26,10 +26,10 @@ namespace Tidewheel
 namespace
 {
 
-const char configurationFile[] = "tidewheel.xml";
+const char CONFIGURATION_FILE[] = "tidewheel.xml";
 
 // X windows and GL viewports end here.
-const int maxWindowSize = 16384;
+const int MAX_WINDOW_SIZE = 16384;
 
 // Decimal text as an int; text without a number is 0, and what no int can hold becomes the nearest one.
 int toInt(const std::string& text)
@@ -76,8 +76,7 @@ void setOnFirst(Xml::XmlParser& parser, Xml::Iterator& added, const char* tagNam
 void setOnAll(Xml::XmlParser& parser, const char* tagName, const char* attribute, const std::string& value)
 {
     Xml::Iterator it = parser.createIterator(tagName);
-    while (++it)
-        it->setValue(attribute, value);
+    while (++it) it->setValue(attribute, value);
 }
 
 } // namespace
@@ -88,31 +87,22 @@ void Base::load(const std::string& archive)
     mHUD = new HUD(mArchives);
     mMiniHUD = new MiniHUD(mArchives);
 
-    const AM::File file = mArchives.readFile(configurationFile, -1);
-    if (file.isNull())
-        throw Exception("[Tidewheel] Could not load 'tidewheel.xml'");
+    const AM::File file = mArchives.readFile(CONFIGURATION_FILE, -1);
+    if (file.isNull()) throw Exception("[Tidewheel] Could not load 'tidewheel.xml'");
     Xml::XmlParser parser;
     parse(parser, file);
-    if (parser.getTag().mName != "demo")
-        return; // `run` reports it: there is no window then
+    if (parser.getTag().mName != "demo") return; // `run` reports it: there is no window then
 
-    for (Xml::IteratorConst it = parser.createIterator("time"); ++it;)
-        mStartTime = toSeconds(it->getValue("start"));
+    for (Xml::IteratorConst it = parser.createIterator("time"); ++it;) mStartTime = toSeconds(it->getValue("start"));
     for (Xml::IteratorConst it = parser.createIterator("hud"); ++it;)
-        if (it->getValue("mini") == "on")
-            mMiniHUD->mVisible = true;
-    for (Xml::IteratorConst it = parser.createIterator("window"); ++it;)
-        loadWindow(*it.operator->());
-    for (Xml::IteratorConst it = parser.createIterator("archive"); ++it;)
-        mArchives.addArchive(it->getValue("file"));
-    for (Xml::IteratorConst it = parser.createIterator("music"); ++it;)
-        loadMusic(*it.operator->());
-    for (Xml::IteratorConst it = parser.createIterator("script"); ++it;)
-        loadScript(*it.operator->());
+        if (it->getValue("mini") == "on") mMiniHUD->mVisible = true;
+    for (Xml::IteratorConst it = parser.createIterator("window"); ++it;) loadWindow(*it.operator->());
+    for (Xml::IteratorConst it = parser.createIterator("archive"); ++it;) mArchives.addArchive(it->getValue("file"));
+    for (Xml::IteratorConst it = parser.createIterator("music"); ++it;) loadMusic(*it.operator->());
+    for (Xml::IteratorConst it = parser.createIterator("script"); ++it;) loadScript(*it.operator->());
 
     Xml::IteratorConst videoDump = parser.createIterator("videodump");
-    if (++videoDump)
-        loadVideoDump(*videoDump.operator->());
+    if (++videoDump) loadVideoDump(*videoDump.operator->());
 
     mLoaded = true;
 }
@@ -125,13 +115,13 @@ void Base::loadWindow(const Xml::XmlTag& tag)
     mFullscreen = tag.getValue("mode") == "fullscreen";
     const bool openGL = tag.getValue("type") == "opengl";
 
-    // SDL would take 0 for the size of the whole screen.
-    if (width < 1 || height < 1 || width > maxWindowSize || height > maxWindowSize)
-        throw Exception("[Tidewheel] The window in 'tidewheel.xml' needs a width and a height from 1 to %d (%dx%d)",
-                        maxWindowSize, width, height);
-
     std::printf("Opening window ['%s'][%dx%d][%s][%s]\n", caption.c_str(), width, height,
                 mFullscreen ? "Fullscreen" : "Windowed", openGL ? "OpenGL" : "Software");
+
+    // SDL would take 0 for the size of the whole screen.
+    if (width < 1 || height < 1 || width > MAX_WINDOW_SIZE || height > MAX_WINDOW_SIZE)
+        throw Exception("[Tidewheel] The window in 'tidewheel.xml' needs a width and a height from 1 to %d (%dx%d)",
+                        MAX_WINDOW_SIZE, width, height);
 
     // SDL has one window: that of an earlier tag goes before this one comes.
     delete mDevice;
@@ -157,16 +147,14 @@ void Base::loadMusic(const Xml::XmlTag& tag)
                         static_cast<double>(neededVersion));
 
     mMusicData = mArchives.readFile(mMusicFile, -1);
-    if (mMusicData.isNull())
-        throw Exception("[Tidewheel] Could not find music in '%s'", mMusicFile.c_str());
+    if (mMusicData.isNull()) throw Exception("[Tidewheel] Could not find music in '%s'", mMusicFile.c_str());
 
     const unsigned int mode = FSOUND_LOADMEMORY | FSOUND_MPEGACCURATE;
     if (FSOUND_Init(44100, 32, FSOUND_INIT_GLOBALFOCUS))
     {
         mStream = FSOUND_Stream_Open(reinterpret_cast<const char*>(mMusicData->data), mode, 0,
                                      static_cast<int>(mMusicData->length));
-        if (mStream)
-            return;
+        if (mStream) return;
     }
 
     const int code = FSOUND_GetError();
@@ -178,8 +166,7 @@ void Base::loadScript(const Xml::XmlTag& tag)
 {
     mScriptFile = tag.getValue("file");
     const AM::File file = mArchives.readFile(mScriptFile, -1);
-    if (file.isNull())
-        throw Exception("[Tidewheel] Could not find the scriptfile '%s'", mScriptFile.c_str());
+    if (file.isNull()) throw Exception("[Tidewheel] Could not find the scriptfile '%s'", mScriptFile.c_str());
 
     // A script that is none leaves the timeline as it was, and the show ends at once.
     Script::LoadXML loader;
@@ -189,8 +176,7 @@ void Base::loadScript(const Xml::XmlTag& tag)
 
 void Base::loadVideoDump(const Xml::XmlTag& tag)
 {
-    if (!mDevice)
-        throw Exception("[Tidewheel] There is no window tag in 'tidewheel.xml'");
+    if (!mDevice) throw Exception("[Tidewheel] There is no window tag in 'tidewheel.xml'");
 
     AM::VideoFile::Format format;
     format.width = mDevice->getWidth();
@@ -204,13 +190,11 @@ void Base::loadVideoDump(const Xml::XmlTag& tag)
 void Base::save()
 {
     // Read anew, so that whatever the program does not own in the file survives.
-    const AM::File file = mArchives.readFile(configurationFile, -1);
-    if (file.isNull())
-        throw Exception("[Tidewheel] Could not load 'tidewheel.xml'");
+    const AM::File file = mArchives.readFile(CONFIGURATION_FILE, -1);
+    if (file.isNull()) throw Exception("[Tidewheel] Could not load 'tidewheel.xml'");
     Xml::XmlParser parser;
     parse(parser, file);
-    if (parser.getTag().mName != "demo")
-        return;
+    if (parser.getTag().mName != "demo") return;
 
     char start[64];
     std::snprintf(start, sizeof start, "%.2f", static_cast<double>(mStartTime));
@@ -222,7 +206,7 @@ void Base::save()
 
     std::string text;
     parser.write(text, "\t");
-    writeText(configurationFile, text);
+    writeText(CONFIGURATION_FILE, text);
 }
 
 // Writes a text into the first data archive. If that cannot be written, the text is lost without a word: the show goes

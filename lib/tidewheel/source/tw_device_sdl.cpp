@@ -18,7 +18,7 @@ DeviceSDL::~DeviceSDL()
 void DeviceSDL::updateEvents(Events& events)
 {
     SDL_Event event;
-    while (SDL_PollEvent(&event))
+    while (!events.isFull() && SDL_PollEvent(&event))
     {
         if (event.type == SDL_KEYDOWN)
             appendKey(events, EVENT_KEYDOWN, event.key.keysym.sym, event.key.keysym.scancode, event.key.keysym.mod);
@@ -50,9 +50,7 @@ void DeviceSDL::appendKey(Events& events, int type, int key, int scancode, int m
     events.append(event);
 }
 
-void DeviceSDL::setFullscreen(bool)
-{
-}
+void DeviceSDL::setFullscreen(bool) {}
 
 bool DeviceSDL::isFullscreen() const
 {
@@ -65,13 +63,9 @@ void DeviceSDL::close()
     mOpen = false;
 }
 
-void DeviceSDL::getScreenShotRGB24(unsigned char*) const
-{
-}
+void DeviceSDL::getScreenShotRGB24(unsigned char*) const {}
 
-void DeviceSDL::getScreenShot(AM::Image&) const
-{
-}
+void DeviceSDL::getScreenShot(AM::Image&) const {}
 
 int DeviceSDL::getWidth() const
 {

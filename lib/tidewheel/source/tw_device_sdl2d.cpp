@@ -8,13 +8,9 @@
 namespace Tidewheel
 {
 
-DeviceSDL2D::DeviceSDL2D() : mBackbuffer{0, 0, nullptr}, mSurface(nullptr)
-{
-}
+DeviceSDL2D::DeviceSDL2D() : mBackbuffer{0, 0, nullptr}, mSurface(nullptr) {}
 
-DeviceSDL2D::~DeviceSDL2D()
-{
-}
+DeviceSDL2D::~DeviceSDL2D() {}
 
 void DeviceSDL2D::open(const std::string& caption, int width, int height, bool fullscreen)
 {
@@ -35,8 +31,7 @@ void DeviceSDL2D::open(const std::string& caption, int width, int height, bool f
     }
 
     Uint32 flags = SDL_DOUBLEBUF;
-    if (fullscreen)
-        flags |= SDL_FULLSCREEN;
+    if (fullscreen) flags |= SDL_FULLSCREEN;
     mSurface = SDL_SetVideoMode(width, height, 32, flags);
     if (!mSurface)
     {
@@ -56,28 +51,20 @@ bool DeviceSDL2D::isFullscreen() const
 
 void DeviceSDL2D::beginFrame()
 {
-    if (SDL_MUSTLOCK(mSurface))
-        SDL_LockSurface(mSurface);
+    if (SDL_MUSTLOCK(mSurface)) SDL_LockSurface(mSurface);
 }
 
 void DeviceSDL2D::endFrame()
 {
-    if (SDL_MUSTLOCK(mSurface))
-        SDL_UnlockSurface(mSurface);
+    if (SDL_MUSTLOCK(mSurface)) SDL_UnlockSurface(mSurface);
     SDL_Flip(mSurface);
 }
 
-void DeviceSDL2D::displayHUD(HUD&)
-{
-}
+void DeviceSDL2D::displayHUD(HUD&) {}
 
-void DeviceSDL2D::displayMiniHUD(MiniHUD&)
-{
-}
+void DeviceSDL2D::displayMiniHUD(MiniHUD&) {}
 
-void DeviceSDL2D::displayLoadingBar(float)
-{
-}
+void DeviceSDL2D::displayLoadingBar(float) {}
 
 DeviceSDL2D::Backbuffer* DeviceSDL2D::getBackbuffer()
 {

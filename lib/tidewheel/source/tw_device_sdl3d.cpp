@@ -31,8 +31,7 @@ struct Rectangle
 
 void deleteTexture(GLuint& texture)
 {
-    if (texture)
-        glDeleteTextures(1, &texture);
+    if (texture) glDeleteTextures(1, &texture);
     texture = 0;
 }
 
@@ -58,8 +57,7 @@ void bindHUD(HUDBase& hud, GLuint& texture)
     }
 
     glBindTexture(GL_TEXTURE_2D, texture);
-    if (hud.mDirty)
-        uploadHUD(hud);
+    if (hud.mDirty) uploadHUD(hud);
 }
 
 // Lays a HUD over the finished frame, in an attribute scope of its own. The viewport outside of frames is whatever the
@@ -134,8 +132,7 @@ void DeviceSDL3D::open(const std::string& caption, int width, int height, bool f
     mHeight = height;
     mFullscreen = fullscreen;
 
-    if (SDL_Init(SDL_INIT_VIDEO) < 0)
-        throw Exception("Video initialization failed: %s\n", SDL_GetError());
+    if (SDL_Init(SDL_INIT_VIDEO) < 0) throw Exception("Video initialization failed: %s\n", SDL_GetError());
 
     SDL_GL_SetAttribute(SDL_GL_RED_SIZE, 8);
     SDL_GL_SetAttribute(SDL_GL_GREEN_SIZE, 8);
@@ -151,8 +148,7 @@ void DeviceSDL3D::open(const std::string& caption, int width, int height, bool f
         SDL_ShowCursor(0);
         flags |= SDL_FULLSCREEN;
     }
-    if (!SDL_SetVideoMode(mWidth, mHeight, 0, flags))
-        throw Exception("Could not set video mode '%s'", SDL_GetError());
+    if (!SDL_SetVideoMode(mWidth, mHeight, 0, flags)) throw Exception("Could not set video mode '%s'", SDL_GetError());
     std::printf("Using %d bpp\n", 32);
 
     SDL_EnableKeyRepeat(500, 30); // milliseconds to the first repeat, and between repeats
@@ -177,8 +173,7 @@ void DeviceSDL3D::setFullscreen(bool fullscreen)
     deleteTexture(mMiniHudTexture);
 
     Uint32 flags = SDL_OPENGL;
-    if (fullscreen)
-        flags |= SDL_FULLSCREEN;
+    if (fullscreen) flags |= SDL_FULLSCREEN;
     if (!SDL_SetVideoMode(mWidth, mHeight, 32, flags) && !SDL_SetVideoMode(mWidth, mHeight, 24, flags) &&
         !SDL_SetVideoMode(mWidth, mHeight, 16, flags))
     {
@@ -196,6 +191,8 @@ bool DeviceSDL3D::isFullscreen() const
 
 void DeviceSDL3D::beginFrame()
 {
+    // An error message quotes the statement as it stands here.
+    // clang-format off
     GL_CHECKED(glShadeModel(GL_SMOOTH));
     GL_CHECKED(glClearDepth(1.0f));
     GL_CHECKED(glDisable(GL_DEPTH_TEST));
@@ -206,6 +203,7 @@ void DeviceSDL3D::beginFrame()
     GL_CHECKED(glDisable(GL_BLEND));
     GL_CHECKED(glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA));
     GL_CHECKED(glDisable(GL_TEXTURE_2D));
+    // clang-format on
 
     glPushAttrib(GL_ALL_ATTRIB_BITS);
     glPushClientAttrib(GL_CLIENT_ALL_ATTRIB_BITS);
@@ -227,8 +225,7 @@ void DeviceSDL3D::endFrame()
 
 void DeviceSDL3D::popFrameState()
 {
-    if (!mInFrame)
-        return;
+    if (!mInFrame) return;
     glPopClientAttrib();
     glPopAttrib();
     mInFrame = false;
@@ -236,8 +233,7 @@ void DeviceSDL3D::popFrameState()
 
 void DeviceSDL3D::displayHUD(HUD& hud)
 {
-    if (!hud.mVisible)
-        return;
+    if (!hud.mVisible) return;
     popFrameState();
 
     // One pixel of the HUD on one of the screen, or the whole HUD on the height of a lower screen.
@@ -290,12 +286,10 @@ void DeviceSDL3D::displayLoadingBar(float delta)
 bool DeviceSDL3D::hasExtension(const char* name) const
 {
     const std::size_t length = std::strlen(name);
-    if (!mExtensions || length == 0)
-        return false;
+    if (!mExtensions || length == 0) return false;
 
     for (const char* match = std::strstr(mExtensions, name); match; match = std::strstr(match + length, name))
-        if (match[length] == ' ' || match[length] == '\0')
-            return true;
+        if (match[length] == ' ' || match[length] == '\0') return true;
     return false;
 }
 
@@ -322,8 +316,7 @@ void DeviceSDL3D::getScreenShot(AM::Image& image) const
     unsigned char* pixels = image->getWriteData();
     glReadPixels(0, 0, mWidth, mHeight, GL_BGRA, GL_UNSIGNED_BYTE, pixels);
     const std::size_t size = static_cast<std::size_t>(mWidth) * static_cast<std::size_t>(mHeight) * 4;
-    for (std::size_t i = 3; i < size; i += 4)
-        pixels[i] = 255;
+    for (std::size_t i = 3; i < size; i += 4) pixels[i] = 255;
     swapRows(pixels, 4);
 }
 

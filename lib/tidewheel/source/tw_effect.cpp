@@ -3,24 +3,14 @@
 namespace Tidewheel
 {
 
-Effect::~Effect()
-{
-}
+Effect::~Effect() {}
 
-void Effect::resetTriggers()
-{
-}
+void Effect::resetTriggers() {}
 
-void Effect::executeTrigger(float, const std::string&, const std::string&)
-{
-}
+void Effect::executeTrigger(float, const std::string&, const std::string&) {}
 
-void Effect::updateSpline(float, const std::string&, float)
-{
-}
+void Effect::updateSpline(float, const std::string&, float) {}
 
-void Effect::setup()
-{
-}
+void Effect::setup() {}
 
 } // namespace Tidewheel

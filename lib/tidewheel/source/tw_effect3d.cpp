@@ -8,19 +8,14 @@
 namespace Tidewheel
 {
 
-Effect3D::Effect3D() : mArchive(nullptr), mSetup(false), mDevice(nullptr), mTextureManager(nullptr)
-{
-}
+Effect3D::Effect3D() : mArchive(nullptr), mSetup(false), mDevice(nullptr), mTextureManager(nullptr) {}
 
-Effect3D::~Effect3D()
-{
-}
+Effect3D::~Effect3D() {}
 
 void Effect3D::setupInternal(DeviceSDL* device, AM::ArchiveManager* archive)
 {
     DeviceSDL3D* device3D = dynamic_cast<DeviceSDL3D*>(device);
-    if (!device3D)
-        throw Exception("Effect3D::setupInternal, The window is not of the type 'opengl'");
+    if (!device3D) throw Exception("Effect3D::setupInternal, The window is not of the type 'opengl'");
 
     mDevice = device;
     mTextureManager = device3D->mTextureManager;

@@ -16,49 +16,59 @@ namespace Tidewheel
 namespace
 {
 
-const std::uint32_t white = 0xFFFFFFFF;
-const std::uint32_t black = 0xFF000000;
-const std::uint32_t background = 0xCC333344;
-const std::uint32_t shadeA = 0xCC333344;
-const std::uint32_t shadeB = 0xCC383849;
-const std::uint32_t selectedRow = 0xEE004466;
-const std::uint32_t editedRow = 0xEE000000;
-const std::uint32_t picked = 0xFFFF0000;
+const std::uint32_t WHITE = 0xFFFFFFFF;
+const std::uint32_t BLACK = 0xFF000000;
+const std::uint32_t BACKGROUND = 0xCC333344;
+const std::uint32_t SHADE_A = 0xCC333344;
+const std::uint32_t SHADE_B = 0xCC383849;
+const std::uint32_t SELECTED_ROW = 0xEE004466;
+const std::uint32_t EDITED_ROW = 0xEE000000;
+const std::uint32_t PICKED = 0xFFFF0000;
 
-const std::uint32_t effectBar = 0xCC4477CC;
-const std::uint32_t effectBarRunning = 0xCC99BBFF;
-const std::uint32_t effectBarDisabled = 0xCC000000;
-const std::uint32_t effectBarUnknown = 0xCC550000;
-const std::uint32_t effectBarEdited = 0xEE002277;
-const std::uint32_t effectBarEnd = 0xCCFFFFFF;
-const std::uint32_t triggerBar = 0xCC003F00;
-const std::uint32_t triggerBarEdited = 0xEE002200;
-const std::uint32_t splineBar = 0xCC550000;
-const std::uint32_t splineBarEdited = 0xEE440000;
+const std::uint32_t EFFECT_BAR = 0xCC4477CC;
+const std::uint32_t EFFECT_BAR_RUNNING = 0xCC99BBFF;
+const std::uint32_t EFFECT_BAR_DISABLED = 0xCC000000;
+const std::uint32_t EFFECT_BAR_UNKNOWN = 0xCC550000;
+const std::uint32_t EFFECT_BAR_EDITED = 0xEE002277;
+const std::uint32_t EFFECT_BAR_END = 0xCCFFFFFF;
+const std::uint32_t TRIGGER_BAR = 0xCC003F00;
+const std::uint32_t TRIGGER_BAR_EDITED = 0xEE002200;
+const std::uint32_t SPLINE_BAR = 0xCC550000;
+const std::uint32_t SPLINE_BAR_EDITED = 0xEE440000;
 
-const std::uint32_t enabledName = 0xEEFFFFFF;
-const std::uint32_t disabledName = 0xEE999999;
-const std::uint32_t runningName = 0xEEEEBB33;
-const std::uint32_t splineTypeText = 0xFFAAAAAA;
-const std::uint32_t triggerValueText = 0xFFFFFF00;
+const std::uint32_t ENABLED_NAME = 0xEEFFFFFF;
+const std::uint32_t DISABLED_NAME = 0xEE999999;
+const std::uint32_t RUNNING_NAME = 0xEEEEBB33;
+const std::uint32_t SPLINE_TYPE_TEXT = 0xFFAAAAAA;
+const std::uint32_t TRIGGER_VALUE_TEXT = 0xFFFFFF00;
 
-const std::uint32_t firingDone = 0xFF777777;
-const std::uint32_t splineCurve = 0xEE666666;
-const std::uint32_t splineZero = 0xFFAA2222;
-const std::uint32_t clockLine = 0xFFFF0000;
-const std::uint32_t startLine = 0xFF7777FF;
+const std::uint32_t FIRING_DONE = 0xFF777777;
+const std::uint32_t SPLINE_CURVE = 0xEE666666;
+const std::uint32_t SPLINE_ZERO = 0xFFAA2222;
+const std::uint32_t CLOCK_LINE = 0xFFFF0000;
+const std::uint32_t START_LINE = 0xFF7777FF;
 
-const int listTop = 30; // the scrolling area
-const int listBottom = 486;
-const int listHeight = listBottom - listTop;
-const int paintedHeight = 504; // no row is begun beyond this
-const int axisLeft = 110;
-const float axisWidth = 398.0f;
-const int axisRight = axisLeft + 398;
-const int rowHeight = 12;
-const int splineHeight = 48;
-const int splineMiddle = 23;     // of the spline's row: where its zero line stands
-const float splineReach = 22.0f; // rows from there to the largest value
+const int SIZE = 512;  // of the square picture
+const int BORDER = 2;  // of the white frame around it
+const int CORNER = 10; // radius of its upper corners
+const int INNER_WIDTH = SIZE - 2 * BORDER;
+const int LIST_TOP = 30; // the scrolling area
+const int LIST_BOTTOM = 486;
+const int LIST_HEIGHT = LIST_BOTTOM - LIST_TOP;
+const int PAINTED_HEIGHT = 504; // no row is begun beyond this
+const int AXIS_LEFT = 110;
+const int AXIS_COLUMNS = 398;
+const int AXIS_RIGHT = AXIS_LEFT + AXIS_COLUMNS;
+const float AXIS_WIDTH = static_cast<float>(AXIS_COLUMNS);
+const int NAME_WIDTH = AXIS_LEFT - BORDER; // the column of names, and the line that ends it
+const int STATUS_TOP = LIST_BOTTOM + 1;    // the clock at the left, and the numbers of the selected row
+const int STATUS_HEIGHT = SIZE - BORDER - STATUS_TOP;
+const int CLOCK_WIDTH = 110;
+const int ROW_HEIGHT = 12;
+const int BAR_HEIGHT = 10; // of an entry, and of a mark on an axis
+const int SPLINE_HEIGHT = 48;
+const int SPLINE_MIDDLE = 23;     // of the spline's row: where its zero line stands
+const float SPLINE_REACH = 22.0f; // rows from there to the largest value
 
 // When a firing is due, as seconds on the axis.
 float firingTime(const Script::Trigger& trigger, float base, float windowStart, int firing)
@@ -96,7 +106,7 @@ int reachOf(const Script::Spline& spline, float divisor)
         tangent = std::max(tangent, std::fabs(key.tangent));
     }
     const float furthest = (3.0f * value + tangent) * std::fabs(spline.mValueScale) + std::fabs(spline.mValueOffset);
-    const float rows = furthest * splineReach / divisor + 2.0f;
+    const float rows = furthest * SPLINE_REACH / divisor + 2.0f;
     return truncate(rows < limit ? rows : limit);
 }
 
@@ -109,7 +119,7 @@ struct HUD::Span
     float x0;
     float x1;
 
-    int left() const { return axisLeft + truncate(x0); }
+    int left() const { return AXIS_LEFT + truncate(x0); }
     int width() const { return truncate(x1 - x0); }
 };
 
@@ -118,13 +128,13 @@ HUD::HUD(AM::ArchiveManager& archive)
       mEditMode(false), mCursor(0.0f), mWindowLength(40.0f), mWindowStart(0.0f), mTime(0.0f), mStartTime(0.0f),
       mFps(0.0f), mTextField(nullptr)
 {
-    resize(512, 512);
-    mClipTop = listTop;
-    mClipBottom = listBottom;
+    resize(SIZE, SIZE);
+    mClipTop = LIST_TOP;
+    mClipBottom = LIST_BOTTOM;
     drawFrame();
     drawLogo();
-    drawBox(0, 28, 512, 1, white, false);
-    drawBox(0, 486, 512, 1, white, false);
+    drawBox(0, LIST_TOP - 2, SIZE, 1, WHITE, false);
+    drawBox(0, LIST_BOTTOM, SIZE, 1, WHITE, false);
 }
 
 void HUD::setScriptEngine(Script::ScriptEngine* engine)
@@ -143,7 +153,7 @@ void HUD::setScriptEngine(Script::ScriptEngine* engine)
 
 float HUD::getTimePerPixel() const
 {
-    return mWindowLength / axisWidth;
+    return mWindowLength / AXIS_WIDTH;
 }
 
 // Is nothing to be seen of a row of this height, even if it reaches `reach` rows beyond itself?
@@ -152,28 +162,31 @@ bool HUD::isHidden(int y, int height, int reach) const
     return y + height + reach <= mScroll + mClipTop || y - reach >= mScroll + mClipBottom;
 }
 
-// A white sheet with round upper corners, and a black one inside it, which leaves a border of two pixels.
+// A white sheet whose lower corners are filled, and a black one inside it, which leaves the border.
 void HUD::drawFrame()
 {
-    drawBox(10, 0, 492, 500, white, false);
-    drawBox(0, 10, 512, 492, white, false);
-    drawBox(0, 500, 512, 12, white, false);
-    drawCircle(10, 10, 20, white, false);
-    drawCircle(502, 10, 20, white, false);
+    drawSheet(0, WHITE);
+    drawBox(0, SIZE - CORNER - BORDER, SIZE, CORNER + BORDER, WHITE, false);
+    drawSheet(BORDER, BLACK);
+}
 
-    drawBox(12, 2, 488, 508, black, false);
-    drawBox(2, 12, 508, 488, black, false);
-    drawCircle(12, 12, 20, black, false);
-    drawCircle(500, 12, 20, black, false);
+// A sheet with round upper corners, `edge` pixels inside the picture.
+void HUD::drawSheet(int edge, std::uint32_t colour)
+{
+    const int corner = edge + CORNER;
+    drawBox(corner, edge, SIZE - 2 * corner, SIZE - 2 * edge, colour, false);
+    drawBox(edge, corner, SIZE - 2 * edge, SIZE - 2 * corner, colour, false);
+    drawCircle(corner, corner, 2 * CORNER, colour, false);
+    drawCircle(SIZE - corner, corner, 2 * CORNER, colour, false);
 }
 
 void HUD::drawLogo()
 {
     const AM::Image logo = mArchive->loadImage("tidewheel_logo.png", -1, false);
     const int width = logo->getWidth();
-    const int left = 256 - width / 2;
+    const int left = SIZE / 2 - width / 2;
     const unsigned char* pixel = logo->getData();
-    for (int y = 2; y < 2 + logo->getHeight() && y < mHeight; ++y)
+    for (int y = BORDER; y < BORDER + logo->getHeight() && y < mHeight; ++y)
         for (int x = left; x < left + width; ++x, pixel += 4)
             if (x >= 0 && x < mWidth)
                 mData[y * mWidth + x] =
@@ -183,15 +196,14 @@ void HUD::drawLogo()
 void HUD::redraw()
 {
     keepSelectionInside();
-    drawBox(2, 30, 508, 456, background, false);
-    drawBox(2, 502, 508, 8, background, false);
-    drawBox(2, 487, 508, 15, background, false);
-    drawBox(2, 487, 110, 23, black, false);
+    drawBox(BORDER, LIST_TOP, INNER_WIDTH, LIST_HEIGHT, BACKGROUND, false);
+    drawBox(BORDER, STATUS_TOP, INNER_WIDTH, STATUS_HEIGHT, BACKGROUND, false);
+    drawBox(BORDER, STATUS_TOP, CLOCK_WIDTH, STATUS_HEIGHT, BLACK, false);
     recalculateVerticalScrolling();
 
     mStripe = false;
-    int y = listTop;
-    for (int i = 0; i < size(mEffectStatus.size()) && y <= mScroll + paintedHeight; ++i)
+    int y = LIST_TOP;
+    for (int i = 0; i < size(mEffectStatus.size()) && y <= mScroll + PAINTED_HEIGHT; ++i)
     {
         const Script::Effect& effect = *mScriptEngine->mEffects[static_cast<std::size_t>(i)];
         EffectStatus& status = mEffectStatus[static_cast<std::size_t>(i)];
@@ -200,7 +212,7 @@ void HUD::redraw()
         if (status.mExpanded) y += drawDetails(effect, y, selected);
     }
 
-    drawBox(109, 30, 1, 480, white, false);
+    drawBox(AXIS_LEFT - 1, LIST_TOP, 1, SIZE - BORDER - LIST_TOP, WHITE, false);
     drawClockLines();
     drawClock();
     mDirty = true;
@@ -215,13 +227,13 @@ int HUD::drawDetails(const Script::Effect& effect, int y, bool selected)
     {
         const Script::Trigger& trigger = *effect.mTriggers[static_cast<std::size_t>(k)];
         y += drawTrigger(effect, trigger, effect.mStart, y, selected && mCurrentRow == k + 1);
-        if (y > mScroll + paintedHeight) break;
+        if (y > mScroll + PAINTED_HEIGHT) break;
     }
     for (int s = 0; s < size(effect.mSplines.size()); ++s)
     {
         const Script::Spline& spline = *effect.mSplines[static_cast<std::size_t>(s)];
         y += drawSpline(effect, spline, effect.mStart, y, selected && mCurrentRow == s + triggers + 1);
-        if (y > mScroll + paintedHeight) break;
+        if (y > mScroll + PAINTED_HEIGHT) break;
     }
     return y - top;
 }
@@ -238,21 +250,21 @@ void HUD::recalculateVerticalScrolling()
     for (std::size_t i = 0; i < static_cast<std::size_t>(mCurrentEffect); ++i)
     {
         const Script::Effect& effect = *mScriptEngine->mEffects[i];
-        y += rowHeight;
+        y += ROW_HEIGHT;
         if (mEffectStatus[i].mExpanded)
-            y += rowHeight * size(effect.mTriggers.size()) + splineHeight * size(effect.mSplines.size());
+            y += ROW_HEIGHT * size(effect.mTriggers.size()) + SPLINE_HEIGHT * size(effect.mSplines.size());
     }
 
-    int bottom = y + rowHeight;
+    int bottom = y + ROW_HEIGHT;
     if (mEffectStatus[static_cast<std::size_t>(mCurrentEffect)].mExpanded && mCurrentRow > 0)
     {
         const int triggers = size(current->mTriggers.size());
-        bottom += rowHeight * std::min(mCurrentRow, triggers) + splineHeight * std::max(mCurrentRow - triggers, 0);
+        bottom += ROW_HEIGHT * std::min(mCurrentRow, triggers) + SPLINE_HEIGHT * std::max(mCurrentRow - triggers, 0);
     }
 
-    const int top = mCurrentRow == 0 ? bottom - rowHeight : bottom;
-    if (bottom - listHeight > mScroll)
-        mScroll = bottom - listHeight;
+    const int top = mCurrentRow == 0 ? bottom - ROW_HEIGHT : bottom;
+    if (bottom - LIST_HEIGHT > mScroll)
+        mScroll = bottom - LIST_HEIGHT;
     else if (top < mScroll)
         mScroll = top;
     mScroll = std::max(mScroll, 0);
@@ -263,89 +275,89 @@ HUD::Span HUD::getSpan(const Script::Effect& effect) const
     const float start = effect.mStart - mWindowStart;
     const float end = effect.mEnd - mWindowStart;
     if (!(start < mWindowLength && end > 0.0f)) return {false, 0.0f, 0.0f};
-    return {true, std::max(start, 0.0f) * axisWidth / mWindowLength,
-            std::min(end, mWindowLength) * axisWidth / mWindowLength};
+    return {true, std::max(start, 0.0f) * AXIS_WIDTH / mWindowLength,
+            std::min(end, mWindowLength) * AXIS_WIDTH / mWindowLength};
 }
 
 int HUD::drawEffect(const Script::Effect& effect, EffectStatus& status, int y, bool selected)
 {
     mStripe = !mStripe;
-    const std::uint32_t shade = mStripe ? shadeB : shadeA;
-    drawBox(2, y, 508, rowHeight, selected ? (mEditMode ? editedRow : selectedRow) : shade, true);
+    const std::uint32_t shade = mStripe ? SHADE_B : SHADE_A;
+    drawBox(BORDER, y, INNER_WIDTH, ROW_HEIGHT, selected ? (mEditMode ? EDITED_ROW : SELECTED_ROW) : shade, true);
 
     const bool known = mScriptEngine && mScriptEngine->mCallbacks.count(effect.mName) != 0;
     const bool running =
         mCursor >= effect.mStart - mWindowStart && mCursor < effect.mEnd - mWindowStart && known && effect.mEnabled;
-    const std::uint32_t nameColour = !effect.mEnabled ? disabledName : running ? runningName : enabledName;
+    const std::uint32_t nameColour = !effect.mEnabled ? DISABLED_NAME : running ? RUNNING_NAME : ENABLED_NAME;
     drawText(effect.mName, 11, y - 1, nameColour, 97, true);
     if (!effect.mTriggers.empty() || !effect.mSplines.empty())
-        drawText(status.mExpanded ? "-" : "+", 4, y, enabledName, 10, true);
+        drawText(status.mExpanded ? "-" : "+", 4, y, ENABLED_NAME, 10, true);
 
     const Span span = getSpan(effect);
     if (span.visible)
     {
         const bool edited = selected && mEditMode;
         const bool whole = edited && mCurrentPart == 1;
-        std::uint32_t barColour = effectBar;
+        std::uint32_t barColour = EFFECT_BAR;
         if (whole)
-            barColour = picked;
+            barColour = PICKED;
         else if (!effect.mEnabled)
-            barColour = effectBarDisabled;
+            barColour = EFFECT_BAR_DISABLED;
         else if (!known)
-            barColour = effectBarUnknown;
+            barColour = EFFECT_BAR_UNKNOWN;
         else if (edited)
-            barColour = effectBarEdited;
-        drawBox(span.left(), y + 1, span.width(), 10, barColour, true);
-        if (running && !edited) drawBox(span.left(), y + 3, span.width(), 6, effectBarRunning, true);
+            barColour = EFFECT_BAR_EDITED;
+        drawBox(span.left(), y + 1, span.width(), BAR_HEIGHT, barColour, true);
+        if (running && !edited) drawBox(span.left(), y + 3, span.width(), 6, EFFECT_BAR_RUNNING, true);
 
         const int textWidth = span.width() - 4;
         if (textWidth >= 1 && (!effect.mEnabled || !known))
-            drawText(effect.mEnabled ? "No Callback" : "Inactive", span.left() + 4, y - 1, effectBarEnd, textWidth,
+            drawText(effect.mEnabled ? "No Callback" : "Inactive", span.left() + 4, y - 1, EFFECT_BAR_END, textWidth,
                      true);
 
-        const int right = axisLeft + truncate(span.x1);
-        drawBox(right, y + 1, 1, 10, effectBarEnd, true);
-        drawBox(span.left(), y + 1, 1, 10, effectBarEnd, true);
-        if (edited && mCurrentPart == 0) drawBox(span.left(), y + 1, 1, 10, picked, true);
-        if (edited && mCurrentPart == 2) drawBox(right, y + 1, 1, 10, picked, true);
+        const int right = AXIS_LEFT + truncate(span.x1);
+        drawBox(right, y + 1, 1, BAR_HEIGHT, EFFECT_BAR_END, true);
+        drawBox(span.left(), y + 1, 1, BAR_HEIGHT, EFFECT_BAR_END, true);
+        if (edited && mCurrentPart == 0) drawBox(span.left(), y + 1, 1, BAR_HEIGHT, PICKED, true);
+        if (edited && mCurrentPart == 2) drawBox(right, y + 1, 1, BAR_HEIGHT, PICKED, true);
     }
 
     if (selected) writeEffectStatus();
-    return rowHeight;
+    return ROW_HEIGHT;
 }
 
 int HUD::drawTrigger(const Script::Effect& effect, const Script::Trigger& trigger, float effectStart, int y,
                      bool selected)
 {
     const bool edited = selected && mEditMode;
-    drawBox(2, y, 508, rowHeight, mStripe ? shadeB : shadeA, true);
+    drawBox(BORDER, y, INNER_WIDTH, ROW_HEIGHT, mStripe ? SHADE_B : SHADE_A, true);
     if (edited)
-        drawBox(2, y, 508, rowHeight, editedRow, true);
+        drawBox(BORDER, y, INNER_WIDTH, ROW_HEIGHT, EDITED_ROW, true);
     else
-        drawBox(2, y, 108, rowHeight, selected ? selectedRow : triggerBar, true);
+        drawBox(BORDER, y, NAME_WIDTH, ROW_HEIGHT, selected ? SELECTED_ROW : TRIGGER_BAR, true);
 
     const Span span = getSpan(effect);
     if (span.visible)
     {
-        const std::uint32_t barColour = edited ? triggerBarEdited : selected ? selectedRow : triggerBar;
-        drawBox(span.left(), y, span.width(), 11, barColour, true);
+        const std::uint32_t barColour = edited ? TRIGGER_BAR_EDITED : selected ? SELECTED_ROW : TRIGGER_BAR;
+        drawBox(span.left(), y, span.width(), ROW_HEIGHT - 1, barColour, true);
     }
-    drawText(trigger.mName, 20, y - 1, effect.mEnabled ? white : disabledName, 78, true);
+    drawText(trigger.mName, 20, y - 1, effect.mEnabled ? WHITE : DISABLED_NAME, 78, true);
     drawFirings(trigger, effectStart, y, selected);
 
     if (selected) writeTriggerStatus();
-    return rowHeight;
+    return ROW_HEIGHT;
 }
 
 // One mark for each firing in the window. A trigger may repeat a million times: the times of its firings only rise, or
 // only fall, so those in the window are one range of them, and of those that share a column the last one is seen.
 void HUD::drawFirings(const Script::Trigger& trigger, float effectStart, int y, bool selected)
 {
-    if (isHidden(y, rowHeight)) return;
+    if (isHidden(y, ROW_HEIGHT)) return;
     const float base = effectStart + trigger.mStart;
     if (!std::isfinite(base) || !std::isfinite(trigger.mDelay)) return;
     const auto time = [&](int firing) { return firingTime(trigger, base, mWindowStart, firing); };
-    const auto column = [&](int firing) { return axisLeft + truncate(time(firing) * axisWidth / mWindowLength); };
+    const auto column = [&](int firing) { return AXIS_LEFT + truncate(time(firing) * AXIS_WIDTH / mWindowLength); };
     const auto entered = [&](int firing) { return time(firing) > 0.0f; };
     const auto left = [&](int firing) { return !(time(firing) < mWindowLength); };
 
@@ -362,9 +374,9 @@ void HUD::drawFirings(const Script::Trigger& trigger, float effectStart, int y, 
                              ? first + 1
                              : firstIndex(first + 1, end, [&](int firing) { return column(firing) != x; });
         const int last = next - 1;
-        std::uint32_t colour = last < trigger.mFired ? firingDone : white;
-        if (selected && mEditMode && mCurrentPart == last) colour = picked;
-        drawBox(x, y + 1, 1, 10, colour, true);
+        std::uint32_t colour = last < trigger.mFired ? FIRING_DONE : WHITE;
+        if (selected && mEditMode && mCurrentPart == last) colour = PICKED;
+        drawBox(x, y + 1, 1, BAR_HEIGHT, colour, true);
         first = next;
     }
 }
@@ -372,29 +384,29 @@ void HUD::drawFirings(const Script::Trigger& trigger, float effectStart, int y, 
 int HUD::drawSpline(const Script::Effect& effect, const Script::Spline& spline, float effectStart, int y, bool selected)
 {
     const bool edited = selected && mEditMode;
-    drawBox(2, y, 508, rowHeight, mStripe ? shadeB : shadeA, true);
+    drawBox(BORDER, y, INNER_WIDTH, ROW_HEIGHT, mStripe ? SHADE_B : SHADE_A, true);
     if (edited)
-        drawBox(2, y, 508, splineHeight, editedRow, true);
+        drawBox(BORDER, y, INNER_WIDTH, SPLINE_HEIGHT, EDITED_ROW, true);
     else
-        drawBox(2, y, 108, splineHeight, selected ? selectedRow : splineBar, true);
+        drawBox(BORDER, y, NAME_WIDTH, SPLINE_HEIGHT, selected ? SELECTED_ROW : SPLINE_BAR, true);
 
     float divisor = spline.mValueScale * spline.mAbsMax;
     if (!(divisor >= 1.0f)) divisor = 1.0f;
     const Span span = getSpan(effect);
     if (span.visible)
     {
-        const std::uint32_t barColour = edited ? splineBarEdited : selected ? selectedRow : splineBar;
-        drawBox(span.left(), y, span.width(), 47, barColour, true);
-        for (int x = span.left(); x < axisLeft + truncate(span.x1); x += 5)
-            drawPixel(x, y + splineMiddle, splineZero, true);
-        if (!isHidden(y, splineHeight, reachOf(spline, divisor))) drawCurve(spline, span, effectStart, y, divisor);
+        const std::uint32_t barColour = edited ? SPLINE_BAR_EDITED : selected ? SELECTED_ROW : SPLINE_BAR;
+        drawBox(span.left(), y, span.width(), SPLINE_HEIGHT - 1, barColour, true);
+        for (int x = span.left(); x < AXIS_LEFT + truncate(span.x1); x += 5)
+            drawPixel(x, y + SPLINE_MIDDLE, SPLINE_ZERO, true);
+        if (!isHidden(y, SPLINE_HEIGHT, reachOf(spline, divisor))) drawCurve(spline, span, effectStart, y, divisor);
     }
-    drawText(spline.mName, 20, y - 1, effect.mEnabled ? enabledName : disabledName, 78, true);
-    drawText(spline.mType, 25, y + 11, splineTypeText, 78, true);
+    drawText(spline.mName, 20, y - 1, effect.mEnabled ? ENABLED_NAME : DISABLED_NAME, 78, true);
+    drawText(spline.mType, 25, y + 11, SPLINE_TYPE_TEXT, 78, true);
     drawKeys(spline, effectStart, y, selected, divisor);
 
     if (selected) writeSplineStatus();
-    return splineHeight;
+    return SPLINE_HEIGHT;
 }
 
 // The curve, a row for each column, and the rows in between where it is steep. `divisor` is the value that reaches the
@@ -409,19 +421,19 @@ void HUD::drawCurve(const Script::Spline& spline, const Span& span, float effect
     int lastRow = 0;
     for (int x = truncate(span.x0); x < end; ++x)
     {
-        const float time = mWindowLength / axisWidth * static_cast<float>(x) + mWindowStart - effectStart;
-        const float height = spline.getSplineValue(time) * splineReach / divisor;
+        const float time = mWindowLength / AXIS_WIDTH * static_cast<float>(x) + mWindowStart - effectStart;
+        const float height = spline.getSplineValue(time) * SPLINE_REACH / divisor;
         if (std::isnan(height))
         {
             connected = false;
             continue;
         }
-        const int row = y + splineMiddle - truncate(height);
-        drawPixel(axisLeft + x, row, splineCurve, true);
+        const int row = y + SPLINE_MIDDLE - truncate(height);
+        drawPixel(AXIS_LEFT + x, row, SPLINE_CURVE, true);
         if (connected)
             for (int between = std::max(std::min(row, lastRow) + 1, top);
                  between < std::min(std::max(row, lastRow), bottom); ++between)
-                drawPixel(axisLeft + x, between, splineCurve, true);
+                drawPixel(AXIS_LEFT + x, between, SPLINE_CURVE, true);
         connected = true;
         lastRow = row;
     }
@@ -435,10 +447,10 @@ void HUD::drawKeys(const Script::Spline& spline, float effectStart, int y, bool 
         const Script::Spline::Key& key = *spline.mKeys[k];
         const float time = spline.mTimeScale * key.time + spline.mTimeOffset + effectStart - mWindowStart;
         if (!(time >= 0.0f && time < mWindowLength)) continue;
-        const int x = axisLeft + truncate(time * axisWidth / mWindowLength);
+        const int x = AXIS_LEFT + truncate(time * AXIS_WIDTH / mWindowLength);
         const float value = key.value * spline.mValueScale + spline.mValueOffset;
-        const int row = y + splineMiddle - truncate(value * splineReach / divisor);
-        const std::uint32_t colour = selected && mEditMode && mCurrentPart == size(k) ? picked : white;
+        const int row = y + SPLINE_MIDDLE - truncate(value * SPLINE_REACH / divisor);
+        const std::uint32_t colour = selected && mEditMode && mCurrentPart == size(k) ? PICKED : WHITE;
         drawPixel(x, row - 1, colour, true);
         drawPixel(x, row + 1, colour, true);
         drawPixel(x, row, colour, true);
@@ -447,77 +459,84 @@ void HUD::drawKeys(const Script::Spline& spline, float effectStart, int y, bool 
     }
 }
 
-// The dotted lines at the clock and at the start of the show, over the whole list.
+// The dotted lines at the clock and at the start of the show, over the whole list. Where the zoom has just left the
+// clock beyond the axis, there is no line until the next time event brings the clock back.
 void HUD::drawClockLines()
 {
-    const int clockColumn = axisLeft + truncate(mCursor * axisWidth / mWindowLength);
-    const bool clockVisible = clockColumn >= 0 && clockColumn < mWidth;
+    const int clockColumn = AXIS_LEFT + truncate(mCursor * AXIS_WIDTH / mWindowLength);
+    const bool clockVisible = clockColumn >= AXIS_LEFT && clockColumn < AXIS_RIGHT;
     const float start = mStartTime - mWindowStart;
     const bool startVisible = start >= 0.0f && start < mWindowLength;
-    const int startColumn = axisLeft + truncate(start * axisWidth / mWindowLength);
-    for (int row = listTop; row < listBottom; ++row)
+    const int startColumn = AXIS_LEFT + truncate(start * AXIS_WIDTH / mWindowLength);
+    for (int row = LIST_TOP; row < LIST_BOTTOM; ++row)
     {
-        if (startVisible && row % 5 == 0) drawPixel(startColumn, row, startLine, false);
-        if (clockVisible && row % 3 != 2) drawBox(clockColumn, row, 1, 1, clockLine, false);
+        if (startVisible && row % 5 == 0) drawPixel(startColumn, row, START_LINE, false);
+        if (clockVisible && row % 3 != 2) drawBox(clockColumn, row, 1, 1, CLOCK_LINE, false);
     }
 }
 
 void HUD::drawClock()
 {
     drawText(formatText("time : %02d:%02d.%03d", clockMinutes(mTime), clockSeconds(mTime), clockMilliseconds(mTime)),
-             15, 486, white, 0, false);
-    drawText(formatText("fps : %.2f", mFps), 19, 496, white, 0, false);
+             15, LIST_BOTTOM, WHITE, 0, false);
+    drawText(formatText("fps : %.2f", mFps), 19, LIST_BOTTOM + 10, WHITE, 0, false);
 }
 
-// A line in the status box, cut at its end.
-void HUD::drawStatus(const std::string& text, int x, int y, std::uint32_t colour)
+void HUD::clearStatus(std::uint32_t colour)
 {
-    drawText(text, x, y, colour, axisRight - x, false);
+    drawBox(AXIS_LEFT, STATUS_TOP, AXIS_COLUMNS, STATUS_HEIGHT, colour, false);
+}
+
+// A text of the status box, which has three columns and two lines. It is cut at the end of the box.
+void HUD::drawStatus(const std::string& text, int column, int line, std::uint32_t colour)
+{
+    const int x = AXIS_LEFT + 10 + 100 * column;
+    drawText(text, x, LIST_BOTTOM + 10 * line, colour, AXIS_RIGHT - x, false);
 }
 
 void HUD::writeEffectStatus()
 {
     const Script::Effect* effect = getCurrentEffect();
     if (!effect || mCurrentRow != 0) return;
-    drawBox(axisLeft, 487, 398, 23, effectBar, false);
-    drawStatus(formatText("start: %.3f", effect->mStart), 120, 486);
-    drawStatus(formatText("end: %.3f", effect->mEnd), 120, 496);
-    drawStatus(formatText("triggers: %d", size(effect->mTriggers.size())), 220, 486);
-    drawStatus(formatText("splines: %d", size(effect->mSplines.size())), 220, 496);
+    clearStatus(EFFECT_BAR);
+    drawStatus(formatText("start: %.3f", effect->mStart), 0, 0);
+    drawStatus(formatText("end: %.3f", effect->mEnd), 0, 1);
+    drawStatus(formatText("triggers: %d", size(effect->mTriggers.size())), 1, 0);
+    drawStatus(formatText("splines: %d", size(effect->mSplines.size())), 1, 1);
 }
 
 void HUD::writeTriggerStatus()
 {
     const Script::Trigger* trigger = getCurrentTrigger();
     if (!trigger) return;
-    drawBox(axisLeft, 487, 398, 23, triggerBar, false);
-    drawStatus(formatText("start: %.3f", trigger->mStart), 120, 486);
+    clearStatus(TRIGGER_BAR);
+    drawStatus(formatText("start: %.3f", trigger->mStart), 0, 0);
     if (trigger->mRepeat > 1)
     {
         if (mEditMode)
         {
             const float current = trigger->mStart + static_cast<float>(mCurrentPart) * trigger->mDelay;
-            drawStatus(formatText("current: %.2f", current), 120, 496);
+            drawStatus(formatText("current: %.2f", current), 0, 1);
         }
-        drawStatus(formatText("repeat: %d", trigger->mRepeat), 220, 486);
-        drawStatus(formatText("delay: %.2f", trigger->mDelay), 220, 496);
+        drawStatus(formatText("repeat: %d", trigger->mRepeat), 1, 0);
+        drawStatus(formatText("delay: %.2f", trigger->mDelay), 1, 1);
     }
-    drawStatus("value: " + trigger->mValue, 320, 486, triggerValueText);
+    drawStatus("value: " + trigger->mValue, 2, 0, TRIGGER_VALUE_TEXT);
 }
 
 void HUD::writeSplineStatus()
 {
     const Script::Spline* spline = getCurrentSpline();
     if (!spline) return;
-    drawBox(axisLeft, 487, 398, 23, splineBar, false);
-    drawStatus(formatText("keys: %d", size(spline->mKeys.size())), 120, 486);
-    drawStatus(formatText("current: %.3f", spline->getSplineValue(mTime - getCurrentEffect()->mStart)), 120, 496);
-    drawStatus(formatText("max: %.3f", spline->mValueScale * spline->mMax), 220, 486);
-    drawStatus(formatText("min: %.3f", spline->mValueScale * spline->mMin), 220, 496);
+    clearStatus(SPLINE_BAR);
+    drawStatus(formatText("keys: %d", size(spline->mKeys.size())), 0, 0);
+    drawStatus(formatText("current: %.3f", spline->getSplineValue(mTime - getCurrentEffect()->mStart)), 0, 1);
+    drawStatus(formatText("max: %.3f", spline->mValueScale * spline->mMax), 1, 0);
+    drawStatus(formatText("min: %.3f", spline->mValueScale * spline->mMin), 1, 1);
     if (mEditMode && mCurrentPart >= 0 && mCurrentPart < size(spline->mKeys.size()))
     {
         const Script::Spline::Key& key = *spline->mKeys[static_cast<std::size_t>(mCurrentPart)];
-        drawStatus(formatText("current key: %.2f", spline->getSplineValue(key.time)), 320, 486);
+        drawStatus(formatText("current key: %.2f", spline->getSplineValue(key.time)), 2, 0);
     }
 }
 

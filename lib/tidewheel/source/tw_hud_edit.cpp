@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <climits>
 #include <cstddef>
+#include <memory>
+#include <vector>
 
 namespace Tidewheel
 {
@@ -38,15 +40,29 @@ enum Key
     KEY_F4 = 285
 };
 
-const char caret = '|';
-const float zoomStep = 5.0f; // seconds
-const float newEffectLength = 10.0f;
-const float newPartDistance = 5.0f; // pixels between a new repeat or key and the one before it
+const char CARET = '|';
+const float ZOOM_STEP = 5.0f; // seconds
+const float NEW_EFFECT_LENGTH = 10.0f;
+const float NEW_PART_DISTANCE = 5.0f; // pixels between a new repeat or key and the one before it
 
 // Where a new trigger or spline goes: ahead of the selected one of `count`, and never behind the last.
 int insertionIndex(int index, int count)
 {
     return std::max(std::min(index, count - 1), 0);
+}
+
+// Puts something new into a list that owns what it holds, at `index`. Returns it.
+template <class Item> Item& insertNew(std::vector<Item*>& list, int index)
+{
+    auto item = std::make_unique<Item>();
+    list.insert(list.begin() + index, item.get());
+    return *item.release();
+}
+
+template <class Item> void eraseAt(std::vector<Item*>& list, int index)
+{
+    const std::unique_ptr<Item> item(list[static_cast<std::size_t>(index)]);
+    list.erase(list.begin() + index);
 }
 
 // The time of a key on the axis, in the entry's local seconds.
@@ -142,7 +158,7 @@ void HUD::processTextField(const Event& event)
     if (event.key == KEY_RETURN)
         mTextField = nullptr;
     else
-        text += caret;
+        text += CARET;
 }
 
 void HUD::processKey(const Event& event)
@@ -211,35 +227,30 @@ void HUD::swapEffects(int other)
 void HUD::newEffect()
 {
     if (!mScriptEngine) return;
-    Script::Effect* effect = new Script::Effect;
-    effect->mStart = mWindowStart + mCursor;
-    effect->mEnd = effect->mStart + newEffectLength;
-    mScriptEngine->mEffects.insert(mScriptEngine->mEffects.begin() + mCurrentEffect, effect);
+    Script::Effect& effect = insertNew(mScriptEngine->mEffects, mCurrentEffect);
+    effect.mStart = mWindowStart + mCursor;
+    effect.mEnd = effect.mStart + NEW_EFFECT_LENGTH;
     mEffectStatus.insert(mEffectStatus.begin() + mCurrentEffect, EffectStatus());
     mCurrentRow = 0;
 }
 
 void HUD::newTrigger(Script::Effect& effect)
 {
-    Script::Trigger* trigger = new Script::Trigger;
-    trigger->mStart = std::max(mWindowStart + mCursor - effect.mStart, 0.0f);
     const int index = insertionIndex(mCurrentRow - 1, size(effect.mTriggers.size()));
-    effect.mTriggers.insert(effect.mTriggers.begin() + index, trigger);
+    insertNew(effect.mTriggers, index).mStart = std::max(mWindowStart + mCursor - effect.mStart, 0.0f);
     mEffectStatus[static_cast<std::size_t>(mCurrentEffect)].mExpanded = true;
 }
 
 // A new spline is a hill over the whole entry.
 void HUD::newSpline(Script::Effect& effect)
 {
-    Script::Spline* spline = new Script::Spline;
-    const float length = effect.mEnd - effect.mStart;
-    spline->mKeys.push_back(new Script::Spline::Key{0.0f, 0.0f, 0.0f});
-    spline->mKeys.push_back(new Script::Spline::Key{length / 2.0f, 1.0f, 0.0f});
-    spline->mKeys.push_back(new Script::Spline::Key{length, 0.0f, 0.0f});
-    spline->recalculate();
-
     const int row = mCurrentRow - size(effect.mTriggers.size()) - 1;
-    effect.mSplines.insert(effect.mSplines.begin() + insertionIndex(row, size(effect.mSplines.size())), spline);
+    Script::Spline& spline = insertNew(effect.mSplines, insertionIndex(row, size(effect.mSplines.size())));
+    const float length = effect.mEnd - effect.mStart;
+    insertNew(spline.mKeys, 0) = {0.0f, 0.0f, 0.0f};
+    insertNew(spline.mKeys, 1) = {length / 2.0f, 1.0f, 0.0f};
+    insertNew(spline.mKeys, 2) = {length, 0.0f, 0.0f};
+    spline.recalculate();
     mEffectStatus[static_cast<std::size_t>(mCurrentEffect)].mExpanded = true;
 }
 
@@ -250,29 +261,23 @@ void HUD::deleteSelected()
     const int triggers = size(effect->mTriggers.size());
     if (mCurrentRow == 0)
     {
-        mScriptEngine->mEffects.erase(mScriptEngine->mEffects.begin() + mCurrentEffect);
+        eraseAt(mScriptEngine->mEffects, mCurrentEffect);
         mEffectStatus.erase(mEffectStatus.begin() + mCurrentEffect);
         if (mCurrentEffect == size(mEffectStatus.size())) mCurrentEffect = std::max(mCurrentEffect - 1, 0);
-        delete effect;
         return;
     }
 
-    if (Script::Trigger* trigger = getCurrentTrigger())
-    {
-        effect->mTriggers.erase(effect->mTriggers.begin() + (mCurrentRow - 1));
-        delete trigger;
-    }
+    if (getCurrentTrigger())
+        eraseAt(effect->mTriggers, mCurrentRow - 1);
     else if (Script::Spline* spline = getCurrentSpline())
     {
         if (spline->mKeys.size() > 3)
         {
-            delete spline->mKeys.back();
-            spline->mKeys.pop_back();
+            eraseAt(spline->mKeys, size(spline->mKeys.size()) - 1);
             spline->recalculate();
             return;
         }
-        effect->mSplines.erase(effect->mSplines.begin() + (mCurrentRow - triggers - 1));
-        delete spline;
+        eraseAt(effect->mSplines, mCurrentRow - triggers - 1);
     }
     if (mCurrentRow > size(effect->mTriggers.size() + effect->mSplines.size())) --mCurrentRow;
 }
@@ -292,7 +297,7 @@ void HUD::changeSplineType(Script::Spline& spline)
 
 void HUD::openTextField(std::string& text)
 {
-    text += caret;
+    text += CARET;
     mTextField = &text;
 }
 
@@ -342,7 +347,7 @@ void HUD::editTrigger(Script::Trigger& trigger, const Event& event)
     if (event.key == KEY_INSERT && trigger.mRepeat < INT_MAX)
     {
         // The first repeat stands at once where it can be seen.
-        if (++trigger.mRepeat == 2) trigger.mDelay = newPartDistance * step;
+        if (++trigger.mRepeat == 2) trigger.mDelay = NEW_PART_DISTANCE * step;
     }
     if (event.key == KEY_DELETE && trigger.mRepeat > 1)
     {
@@ -390,26 +395,25 @@ void HUD::editSpline(Script::Spline& spline, const Event& event)
 void HUD::insertKey(Script::Spline& spline)
 {
     const Script::Spline::Key& key = *spline.mKeys[static_cast<std::size_t>(mCurrentPart)];
-    Script::Spline::Key* inserted = new Script::Spline::Key;
+    Script::Spline::Key inserted;
     if (mCurrentPart == size(spline.mKeys.size()) - 1)
     {
-        inserted->time = key.time + newPartDistance * getTimePerPixel();
-        inserted->value = key.value;
+        inserted.time = key.time + NEW_PART_DISTANCE * getTimePerPixel();
+        inserted.value = key.value;
     }
     else
     {
-        inserted->time = (key.time + spline.mKeys[static_cast<std::size_t>(mCurrentPart + 1)]->time) / 2.0f;
-        inserted->value = spline.getSplineValue(inserted->time);
+        inserted.time = (key.time + spline.mKeys[static_cast<std::size_t>(mCurrentPart + 1)]->time) / 2.0f;
+        inserted.value = spline.getSplineValue(inserted.time);
     }
     ++mCurrentPart;
-    spline.mKeys.insert(spline.mKeys.begin() + mCurrentPart, inserted);
+    insertNew(spline.mKeys, mCurrentPart) = inserted;
 }
 
 void HUD::deleteKey(Script::Spline& spline)
 {
     if (spline.mKeys.size() <= 2) return;
-    delete spline.mKeys[static_cast<std::size_t>(mCurrentPart)];
-    spline.mKeys.erase(spline.mKeys.begin() + mCurrentPart);
+    eraseAt(spline.mKeys, mCurrentPart);
     mCurrentPart = std::max(mCurrentPart - 1, 0);
 }
 
@@ -486,8 +490,8 @@ void HUD::selectLastRow(int index)
 
 void HUD::processZoom(const Event& event)
 {
-    if (event.key == KEY_KEYPAD_MINUS) mWindowLength += zoomStep;
-    if (event.key == KEY_KEYPAD_PLUS && mWindowLength > zoomStep) mWindowLength -= zoomStep;
+    if (event.key == KEY_KEYPAD_MINUS) mWindowLength += ZOOM_STEP;
+    if (event.key == KEY_KEYPAD_PLUS && mWindowLength > ZOOM_STEP) mWindowLength -= ZOOM_STEP;
 }
 
 } // namespace Tidewheel

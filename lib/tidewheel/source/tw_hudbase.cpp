@@ -17,10 +17,10 @@ namespace Tidewheel
 namespace
 {
 
-const char* const fontFilename = "tidewheel.font";
-const long fontHeaderLength = 6; // tag, cell width, cell height
-const int glyphCount = 256;
-const int blankCode = 32;
+const char* const FONT_FILENAME = "tidewheel.font";
+const long FONT_HEADER_LENGTH = 6; // tag, cell width, cell height
+const int GLYPH_COUNT = 256;
+const int BLANK_CODE = 32;
 
 } // namespace
 
@@ -44,26 +44,26 @@ HUDBase::~HUDBase()
 // ink.
 void HUDBase::loadFont()
 {
-    const AM::File file = mArchive->readFile(fontFilename, -1);
+    const AM::File file = mArchive->readFile(FONT_FILENAME, -1);
     if (file.isNull()) throw Exception("[Tidewheel] Could not find 'tidewheel.font'!");
     const unsigned char* data = file->data;
     if (file->length < 4 || std::memcmp(data, "SBF!", 4) != 0)
         throw Exception("Font not an Sandrift Binary Font -!-\n");
 
-    const long glyphPixels = file->length >= fontHeaderLength ? data[4] * data[5] : 0;
-    const long expected = fontHeaderLength + glyphCount / 8 * glyphPixels;
+    const long glyphPixels = file->length >= FONT_HEADER_LENGTH ? data[4] * data[5] : 0;
+    const long expected = FONT_HEADER_LENGTH + GLYPH_COUNT / 8 * glyphPixels;
     if (file->length < expected)
-        throw Exception("HUDBase::loadFont, File is too short (%s): expected %ld bytes, got %ld", fontFilename,
+        throw Exception("HUDBase::loadFont, File is too short (%s): expected %ld bytes, got %ld", FONT_FILENAME,
                         expected, file->length);
 
     mCharWidth = data[4];
     mCharHeight = data[5];
-    mFont = new unsigned char[static_cast<std::size_t>(glyphCount * glyphPixels)];
-    for (long bit = 0; bit < glyphCount * glyphPixels; ++bit)
-        mFont[bit] = (data[fontHeaderLength + bit / 8] >> (7 - bit % 8)) & 1;
+    mFont = new unsigned char[static_cast<std::size_t>(GLYPH_COUNT * glyphPixels)];
+    for (long bit = 0; bit < GLYPH_COUNT * glyphPixels; ++bit)
+        mFont[bit] = (data[FONT_HEADER_LENGTH + bit / 8] >> (7 - bit % 8)) & 1;
 
-    mCharAdvance = new unsigned char[glyphCount];
-    for (int character = 0; character < glyphCount; ++character)
+    mCharAdvance = new unsigned char[GLYPH_COUNT];
+    for (int character = 0; character < GLYPH_COUNT; ++character)
     {
         int inkWidth = 0;
         for (long pixel = 0; pixel < glyphPixels; ++pixel)
@@ -72,7 +72,7 @@ void HUDBase::loadFont()
         // Two columns of air; the widest cells there can be would pass the byte.
         mCharAdvance[character] = static_cast<unsigned char>(inkWidth ? std::min(inkWidth + 2, UCHAR_MAX) : 0);
     }
-    mCharAdvance[blankCode] = 4;
+    mCharAdvance[BLANK_CODE] = 4;
 }
 
 void HUDBase::resize(int width, int height)

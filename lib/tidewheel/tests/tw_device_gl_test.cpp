@@ -51,8 +51,7 @@ protected:
     // The events of one poll after these have been queued.
     void poll(const std::vector<SDL_Event>& queue)
     {
-        for (SDL_Event event : queue)
-            SDL_PushEvent(&event);
+        for (SDL_Event event : queue) SDL_PushEvent(&event);
         mEvents.count = 0;
         mDevice.updateEvents(mEvents);
     }
@@ -68,7 +67,7 @@ protected:
     }
 
     Tidewheel::DeviceSDL3D mDevice;
-    Tidewheel::Event mRecords[Tidewheel::Events::capacity];
+    Tidewheel::Event mRecords[Tidewheel::Events::CAPACITY];
     Tidewheel::Events mEvents{0, mRecords};
 };
 
@@ -90,7 +89,7 @@ TEST_F(DeviceTest, keysCarryTheModifiersOfTheirMoment)
     EXPECT_TRUE(mDevice.mAlt);
 }
 
-TEST_F(DeviceTest, aQuitEndsThePollAndIsNeverLost)
+TEST_F(DeviceTest, aQuitAndAFullListEndThePollAndNothingIsLost)
 {
     open(64, 64);
     SDL_Event quit = {};
@@ -102,13 +101,17 @@ TEST_F(DeviceTest, aQuitEndsThePollAndIsNeverLost)
     ASSERT_EQ(1, mEvents.count);
     EXPECT_EQ(SDLK_b, mRecords[0].key);
 
-    // More than the list holds, with the quit at the end: the first keys stay, and the quit is among them.
-    std::vector<SDL_Event> burst(40, key(SDL_KEYDOWN, SDLK_a));
-    burst.push_back(quit);
+    std::vector<SDL_Event> burst(20, key(SDL_KEYDOWN, SDLK_a));
+    burst[10] = key(SDL_KEYDOWN, SDLK_c);
+    burst.push_back(key(SDL_KEYDOWN, SDLK_ESCAPE));
     poll(burst);
-    ASSERT_EQ(Tidewheel::Events::capacity, mEvents.count);
-    EXPECT_EQ(SDLK_a, mRecords[8].key);
-    EXPECT_EQ(Tidewheel::EVENT_QUIT, mRecords[9].type);
+    ASSERT_EQ(Tidewheel::Events::CAPACITY, mEvents.count);
+    poll({});
+    ASSERT_EQ(Tidewheel::Events::CAPACITY, mEvents.count);
+    EXPECT_EQ(SDLK_c, mRecords[0].key);
+    poll({});
+    ASSERT_EQ(1, mEvents.count);
+    EXPECT_EQ(SDLK_ESCAPE, mRecords[0].key);
 }
 
 TEST_F(DeviceTest, everyFrameStartsFromTheSameState)
@@ -117,16 +120,14 @@ TEST_F(DeviceTest, everyFrameStartsFromTheSameState)
     for (int frame = 0; frame < 40; frame++) // more than the attribute stack is deep
     {
         mDevice.beginFrame();
-        GLint depth = 0, clientDepth = 0, function = 0, viewport[4];
-        glGetIntegerv(GL_ATTRIB_STACK_DEPTH, &depth);
-        glGetIntegerv(GL_CLIENT_ATTRIB_STACK_DEPTH, &clientDepth);
+        GLint depth = 0, function = 0, viewport[4];
+        glGetIntegerv(GL_CLIENT_ATTRIB_STACK_DEPTH, &depth);
         glGetIntegerv(GL_DEPTH_FUNC, &function);
         glGetIntegerv(GL_VIEWPORT, viewport);
         GLfloat colour[4], projection[16];
         glGetFloatv(GL_CURRENT_COLOR, colour);
         glGetFloatv(GL_PROJECTION_MATRIX, projection);
         EXPECT_EQ(1, depth);
-        EXPECT_EQ(1, clientDepth);
         EXPECT_EQ(GL_LEQUAL, function);
         EXPECT_EQ(64, viewport[2]);
         EXPECT_EQ(0.5f, colour[3]);
@@ -134,9 +135,7 @@ TEST_F(DeviceTest, everyFrameStartsFromTheSameState)
         EXPECT_NEAR(2.41421f / 2.0f, projection[0], 1e-4f);
         EXPECT_FALSE(glIsEnabled(GL_FOG) || glIsEnabled(GL_BLEND) || glIsEnabled(GL_TEXTURE_2D));
 
-        glEnable(GL_FOG);
-        glEnable(GL_BLEND);
-        glEnable(GL_TEXTURE_2D);
+        for (const GLenum feature : {GL_FOG, GL_BLEND, GL_TEXTURE_2D}) glEnable(feature);
         glDepthFunc(GL_GREATER);
         glColor4f(1.0f, 0.0f, 0.0f, 1.0f);
         glViewport(0, 0, 1, 1);
@@ -162,7 +161,8 @@ TEST_F(DeviceTest, anErrorLeftByAnEffectIsFoundByTheNextFrame)
         EXPECT_EQ(0u, text.find("[Tidewheel] GL-error at ["));
         EXPECT_NE(std::string::npos,
                   text.find("lib/tidewheel/source/tw_device_sdl3d.cpp\nLine: glShadeModel(GL_SMOOTH)\n"
-                            "Error: 'GL_INVALID_ENUM'")) << text;
+                            "Error: 'GL_INVALID_ENUM'"))
+            << text;
     }
 }
 
@@ -213,40 +213,28 @@ TEST_F(DeviceTest, theHUDLiesInTheMiddleAndIsUploadedOnlyWhenItChanged)
     archives.addArchive(folder.mPath);
     Tidewheel::HUD hud(archives);
     const int size = hud.mWidth * hud.mHeight;
-    std::fill(hud.mData, hud.mData + size, 0xFF00FF00u);
-    std::fill(hud.mData, hud.mData + size / 2, 0xFFFF0000u); // the upper half
-    hud.mVisible = true;
-
     open(640, 480); // lower than the HUD, which is scaled to 480 by 480
-    mDevice.beginFrame();
-    clear(0.0f, 0.0f, 1.0f);
-    mDevice.displayHUD(hud);
-    EXPECT_EQ((Pixel{255, 0, 0}), at(80, 0));
-    EXPECT_EQ((Pixel{255, 0, 0}), at(559, 0));
-    EXPECT_EQ((Pixel{0, 255, 0}), at(80, 479));
-    EXPECT_EQ((Pixel{0, 255, 0}), at(559, 479));
-    EXPECT_EQ((Pixel{0, 0, 255}), at(79, 479));
-    EXPECT_EQ((Pixel{0, 0, 255}), at(560, 0));
-    mDevice.endFrame();
-
-    EXPECT_FALSE(hud.mDirty);
-    const auto colourAfter = [&](bool dirty, bool visible) {
-        std::fill(hud.mData, hud.mData + size, 0xFFFFFFFFu);
+    const auto draw = [&](std::uint32_t upper, bool dirty, bool visible) {
+        std::fill(hud.mData, hud.mData + size, 0xFF00FF00u);
+        std::fill(hud.mData, hud.mData + size / 2, upper);
         hud.mDirty = dirty;
         hud.mVisible = visible;
+        mDevice.endFrame(); // of the last call
         mDevice.beginFrame();
         clear(0.0f, 0.0f, 1.0f);
         mDevice.displayHUD(hud);
-        const Pixel pixel = at(320, 100);
-        mDevice.endFrame();
-        GLint depth = 0;
-        glGetIntegerv(GL_ATTRIB_STACK_DEPTH, &depth);
-        EXPECT_EQ(0, depth);
-        return pixel;
     };
-    EXPECT_EQ((Pixel{0, 0, 255}), colourAfter(true, false));
-    EXPECT_EQ((Pixel{255, 0, 0}), colourAfter(false, true));
-    EXPECT_EQ((Pixel{255, 255, 255}), colourAfter(true, true));
+    const Pixel red = {255, 0, 0}, green = {0, 255, 0}, blue = {0, 0, 255};
+    draw(0xFFFF0000, true, true);
+    EXPECT_EQ((std::vector<Pixel>{red, red, green, green, blue, blue}),
+              (std::vector<Pixel>{at(80, 0), at(559, 0), at(80, 479), at(559, 479), at(79, 479), at(560, 0)}));
+    EXPECT_FALSE(hud.mDirty);
+    draw(0xFFFFFFFF, true, false);
+    EXPECT_EQ(blue, at(320, 100));
+    draw(0xFFFFFFFF, false, true);
+    EXPECT_EQ(red, at(320, 100));
+    draw(0xFFFFFFFF, true, true);
+    EXPECT_EQ((Pixel{255, 255, 255}), at(320, 100));
 }
 
 TEST_F(DeviceTest, theMiniHUDSitsFivePixelsFromTheCorner)
@@ -282,8 +270,7 @@ TEST_F(DeviceTest, aChangeOfModeBringsTheTexturesBack)
 
     AM::Image red(new AM::ImageObject(0, 0, nullptr, nullptr, ""));
     red->resize(2, 2);
-    for (int i = 0; i < 16; i++)
-        red->getWriteData()[i] = i % 4 == 2 || i % 4 == 3 ? 255 : 0;
+    for (int i = 0; i < 16; i++) red->getWriteData()[i] = i % 4 == 2 || i % 4 == 3 ? 255 : 0;
     Fennel::TextureFormat format;
     format.type = 34;
     Fennel::Texture texture = mDevice.mTextureManager->loadTexture("red", red, format);
@@ -322,19 +309,6 @@ TEST_F(DeviceTest, findsWholeExtensionsOnly)
     EXPECT_FALSE(mDevice.hasExtension(""));
     open(64, 64);
     EXPECT_TRUE(mDevice.hasExtension("GL_ARB_vertex_buffer_object"));
-}
-
-TEST(DeviceSDL2D, givesItsSurface)
-{
-    Tidewheel::DeviceSDL2D device;
-    device.open("software", 64, 32, false);
-    device.open("again", 32, 16, false);
-    device.beginFrame();
-    const Tidewheel::DeviceSDL2D::Backbuffer* back = device.getBackbuffer();
-    ASSERT_EQ(32, back->width);
-    ASSERT_EQ(16, back->height);
-    std::fill_n(static_cast<unsigned char*>(back->pixels), 32 * 16 * 4, static_cast<unsigned char>(255));
-    device.endFrame();
 }
 
 class SetupProbe : public Tidewheel::Effect3D

@@ -1,9 +1,10 @@
 #include "tw_hudfixture.h"
 
+#include <algorithm>
 #include <cmath>
-#include <initializer_list>
 #include <limits>
 #include <map>
+#include <sstream>
 #include <string>
 
 using namespace HudTest;
@@ -11,135 +12,122 @@ using namespace HudTest;
 namespace
 {
 
-// The window shows 40 seconds on 398 columns from 110 on; so 10 seconds are 99.5 columns. Row i stands at 30 + 12 i.
-const char* const oneEntry = "<script><effect name='known' start='2' end='10'/></script>";
-
+// The window shows 40 seconds on 398 columns from 110 on, so 10 seconds are 99.5 columns. Row i of the list stands at
+// 30 + 12 i.
 std::string entryWith(const std::string& children, const char* times = "start='0' end='40'")
 {
     return std::string("<script><effect name='known' ") + times + ">" + children + "</effect></script>";
 }
 
-struct Point
+// A row of the picture from column `first` on, as lengths of equal pixels and a letter for each colour.
+std::string row(const Stage& stage, int y, int first)
 {
-    int x, y;
-    std::uint32_t colour;
-};
-
-void expectPixels(const Stage& stage, std::initializer_list<Point> points)
-{
-    for (const Point& point : points)
-        EXPECT_EQ(pixel(stage.mHud, point.x, point.y), point.colour) << "at " << point.x << ", " << point.y;
+    static const std::map<std::uint32_t, char> letters = {
+        {white, 'W'},      {0xFF000000, 'K'}, {red, 'R'},        {0xCC333344, 'a'}, {0xCC383849, 'b'},
+        {0xEE004466, 's'}, {0xEE000000, 'k'}, {0xCC4477CC, 'e'}, {0xCC99BBFF, 'r'}, {0xCC000000, 'd'},
+        {0xCC550000, 'u'}, {0xEE002277, 'E'}, {0xCCFFFFFF, 'w'}, {0xCC003F00, 't'}, {0xEE002200, 'T'},
+        {0xEE440000, 'U'}, {0xFF777777, 'f'}, {0xEE776666, 'c'}, {0xFFFF2222, 'z'}, {0xFFFF6666, 'C'},
+        {0xFF7777FF, 'p'}};
+    std::string text;
+    for (int x = first, length = 1; x < 512; ++x, ++length)
+    {
+        const std::uint32_t colour = pixel(stage.mHud, x, y);
+        if (x < 511 && pixel(stage.mHud, x + 1, y) == colour) continue;
+        const auto letter = letters.find(colour);
+        text += std::to_string(length) + (letter == letters.end() ? '?' : letter->second);
+        length = 0;
+    }
+    return text;
 }
+
+struct View
+{
+    const char* name;
+    std::string script;
+    const char* keys;
+    float time;
+    int first;
+    const char* rows; // number and pixels of each
+};
 
 } // namespace
 
-TEST(HudView, standsInAFrameWithTheLogo)
+TEST(HudView, showsWhatThereIsAndWhatIsPicked)
 {
-    Stage stage("<script></script>");
-    expectPixels(stage, {{0, 0, 0},
-                         {0, 10, white},
-                         {511, 511, white},
-                         {40, 2, 0xFF000000},
-                         {5, 28, white},
-                         {5, 29, 0xFF000000},
-                         {5, 486, white},
-                         {109, 509, white},
-                         {300, 300, 0xCC333344},
-                         {300, 505, 0xCC333344},
-                         {20, 508, 0xFF000000}});
-
-    const AM::Image logo = stage.mArchive.loadImage("tidewheel_logo.png", -1, false);
-    const unsigned char* data = logo->getData();
-    const int left = 256 - logo->getWidth() / 2;
-    for (int y = 0; y < logo->getHeight(); ++y)
-        for (int x = 0; x < logo->getWidth(); ++x, data += 4)
-            ASSERT_EQ(pixel(stage.mHud, left + x, 2 + y),
-                      0xFF000000u | static_cast<unsigned>(data[2] << 16 | data[1] << 8 | data[0]));
-}
-
-TEST(HudView, anEntrysBarTellsItsState)
-{
-    const struct
-    {
-        const char* name;
-        const char* effect;
-        bool enabled;
-        float time;
-        const char* edit;
-        std::uint32_t bar, inner, left, right;
-    } cases[] = {
-        {"waiting", "known", true, 1.9f, "", 0xCC4477CC, 0xCC4477CC, 0xCCFFFFFF, 0xCCFFFFFF},
-        {"running", "known", true, 2.0f, "", 0xCC4477CC, 0xCC99BBFF, 0xCCFFFFFF, 0xCCFFFFFF},
-        {"over", "known", true, 10.0f, "", 0xCC4477CC, 0xCC4477CC, 0xCCFFFFFF, 0xCCFFFFFF},
-        {"disabled", "known", false, 5.0f, "", 0xCC000000, 0xCC000000, 0xCCFFFFFF, 0xCCFFFFFF},
-        {"unknown", "other", true, 5.0f, "", 0xCC550000, 0xCC550000, 0xCCFFFFFF, 0xCCFFFFFF},
-        {"start picked", "known", true, 5.0f, "Return", 0xEE002277, 0xEE002277, red, 0xCCFFFFFF},
-        {"whole picked", "known", true, 5.0f, "Return Right", red, red, 0xCCFFFFFF, 0xCCFFFFFF},
-        {"end picked", "known", true, 5.0f, "Return Right Right", 0xEE002277, 0xEE002277, 0xCCFFFFFF, red},
-        {"disabled, picked", "known", false, 5.0f, "Return Right", red, red, 0xCCFFFFFF, 0xCCFFFFFF},
-        {"disabled, edited", "known", false, 5.0f, "Return", 0xCC000000, 0xCC000000, red, 0xCCFFFFFF},
+    const std::string one = "<script><effect name='known' start='2' end='10'/></script>";
+    const std::string off = "<script><effect name='known' state='off' start='2' end='10'/></script>";
+    const std::string beat = entryWith("<trigger start='1' repeat='3' delay='2'/>", "start='2' end='10'");
+    const std::string curve = entryWith("<spline type='linear'><key/><key time='20' value='0.5'/><key time='40'/>"
+                                        "</spline>",
+                                        "start='0' end='30'");
+    // clang-format off
+    const View views[] = {
+        {"frame", "<script></script>", "", 0.0f, 0,
+         "0:10?492W10? 28:512W 29:2W508K2W 30:2W107a1W1R78a1p320a2W 31:2W107a1W1R399a2W 32:2W107a1W400a2W "
+         "485:2W107a1W79a1p320a2W 486:512W 509:2W107K1W2K398a2W 511:512W"},
+        {"waiting", one, "", 1.9f, 110, "40:18s1R1w59e1p18e1s1w300s2W 35:19s1w59e1p18e1s1w300s2W 41:400s2W"},
+        {"running", one, "", 2.0f, 110, "40:19s1R59e1p18e1s1w300s2W 35:19s1w59r1W18r1s1w300s2W"},
+        {"over", one, "", 10.0f, 110, "35:19s1w59e1p18e1s1w300s2W"},
+        {"clipped", one, "", 29.0f, 110, "35:1w8e1w390s2W"},
+        {"gone", one, "", 30.0f, 110, "35:400s2W"},
+        {"disabled", off, "", 5.0f, 110, "40:19s1w29d1R29d1p18d1s1w300s2W"},
+        {"unknown", "<script><effect name='other' start='2' end='60'/></script>", "", 5.0f, 110,
+         "40:19s1w29u1R29u1p317u1s1w1s2W"},
+        {"start picked", one, "Return", 5.0f, 110, "35:19k1R59E1p18E1k1w300k2W"},
+        {"whole picked", one, "Return Right", 5.0f, 110, "35:19k1w59R1?18R1k1w300k2W"},
+        {"end picked", one, "Return Right Right", 5.0f, 110, "35:19k1w59E1p18E1k1R300k2W"},
+        {"disabled, whole picked", off, "Return Right", 5.0f, 110, "40:19k1w59R1?18R1k1w300k2W"},
+        {"disabled, edited", off, "Return", 5.0f, 110, "40:19k1R29d1R29d1p18d1k1w300k2W"},
+        {"stripes", "<script><effect/><effect/><effect/></script>", "", 9.0f, 108,
+         "45:1a1W79a1p9a1R310a2W 57:1b1W89b1R310b2W"},
+        {"trigger", beat, "Right", 0.5f, 2,
+         "42:107t1W4b1R14b79t302b2W 52:107t1W4b1R14b10t1f19t1W19t1W28t302b2W 53:107t1W400b2W"},
+        {"trigger, selected", beat, "Right Down", 0.5f, 2, "52:107s1W4b1R14b10s1W19s1W19s1W28s302b2W"},
+        {"firing picked", beat, "Right Down Return Right", 0.5f, 2, "52:107k1W4k1R14k10T1W19T1R19T1W28T302k2W"},
+        {"firing at the left end", entryWith("<trigger start='5'/>"), "Right", 25.0f, 110, "52:199t1R148t52b2W"},
+        {"curve", curve, "Right", 39.0f, 110,
+         "53:9u1W99u291b2W 54:8u3W98u90a1R200a2W 57:47u18c44u90a1R200a2W "
+         "65:1z4u1z4u1z4u1z4u1z4u1z4u1z4u1z4u1z4u1z4u1z4u1z4u1z4u1z4u1z4u1z4u1z4u1z4u1z4u1z4u1z4u1z3u98a3W190a2W"},
+        {"key picked", curve, "Right Down Return Right", 9.0f, 2,
+         "53:107k1W199U1R98U102k2W 54:107k1W89U1R108U1R1C1R97U102k2W 80:107k1W79U1p218U102k2W "
+         "88:107k1W89U1R208U102k2W 89:107k1W400k2W"},
+        {"spline", curve, "Right", 9.0f, 2, "80:107u1W79u1p218u102a2W 88:107u1W89u1R208u102a2W 89:107u1W400a2W"},
+        {"spline, selected", curve, "Right Down", 9.0f, 2, "80:107s1W79s1p218s102a2W"},
     };
-    for (const auto& test : cases)
+    // clang-format on
+    for (const View& view : views)
     {
-        Stage stage(oneEntry);
-        stage.effect(0).mName = test.effect;
-        stage.effect(0).mEnabled = test.enabled;
-        stage.keys(test.edit);
-        stage.time(test.time);
-        EXPECT_EQ(pixel(stage.mHud, 205, 32), test.bar) << test.name; // beside the text in the bar
-        EXPECT_EQ(pixel(stage.mHud, 205, 35), test.inner) << test.name;
-        EXPECT_EQ(pixel(stage.mHud, 129, 32), test.left) << test.name;  // 2 s: 19.9 columns
-        EXPECT_EQ(pixel(stage.mHud, 209, 38), test.right) << test.name; // 10 s: 99.5 columns
-        EXPECT_EQ(pixel(stage.mHud, 208, 35), *test.edit ? 0xEE000000 : 0xEE004466) << test.name;
-        EXPECT_EQ(pixel(stage.mHud, 205, 30), pixel(stage.mHud, 208, 35)) << test.name;
+        Stage stage(view.script);
+        stage.keys(view.keys);
+        if (std::string(view.name) == "trigger") stage.trigger(0).mFired = 1;
+        stage.time(view.time, 8.0f);
+        std::istringstream rows(view.rows);
+        std::string text;
+        for (int y; rows >> y;)
+        {
+            rows.ignore(1) >> text;
+            EXPECT_EQ(row(stage, y, view.first), text) << view.name << ", row " << y;
+        }
     }
 }
 
-TEST(HudView, entriesHaveNamesMarkersAndStripes)
+TEST(HudView, entriesHaveNamesAndMarkers)
 {
-    Stage stage("<script><effect name='known' end='3'/><effect name='known' end='3'><trigger/></effect>"
-                "<effect name='other' end='30'/><effect name='known' state='off' start='1' end='30'/>"
-                "<effect name='known' start='50' end='60'/></script>");
+    Stage stage("<script><effect name='known' end='3'/><effect name='known' end='3'><trigger name='beat'/>"
+                "<spline name='height' type='linear'><key/></spline></effect><effect name='other' end='30'/>"
+                "<effect name='known' state='off' start='1' end='30'/></script>");
     stage.time(1.0f);
+    stage.keys("Down Right");
     EXPECT_TRUE(hasText(stage.mHud, "known", 11, 29, 0xEEEEBB33));
+    EXPECT_TRUE(hasText(stage.mHud, "-", 4, 42, 0xEEFFFFFF));
+    EXPECT_TRUE(hasText(stage.mHud, "beat", 20, 53, white));
+    EXPECT_TRUE(hasText(stage.mHud, "height", 20, 65, 0xEEFFFFFF) && hasText(stage.mHud, "linear", 25, 77, 0xFFAAAAAA));
+    stage.keys("Left");
     EXPECT_TRUE(hasText(stage.mHud, "+", 4, 42, 0xEEFFFFFF));
     EXPECT_TRUE(hasText(stage.mHud, "other", 11, 53, 0xEEFFFFFF));
     EXPECT_TRUE(hasText(stage.mHud, "No Callback", 114, 53, 0xCCFFFFFF));
     EXPECT_TRUE(hasText(stage.mHud, "known", 11, 65, 0xEE999999));
     EXPECT_TRUE(hasText(stage.mHud, "Inactive", 123, 65, 0xCCFFFFFF));
-    EXPECT_TRUE(hasText(stage.mHud, "known", 11, 77, 0xEEFFFFFF));
-    expectPixels(stage, {{400, 43, 0xCC333344}, {450, 55, 0xCC383849}});
-    for (int x = 110; x < 508; ++x) EXPECT_TRUE(x == 119 || pixel(stage.mHud, x, 83) == 0xCC383849u) << x; // no bar
-
-    stage.keys("Down Right");
-    EXPECT_TRUE(hasText(stage.mHud, "-", 4, 42, 0xEEFFFFFF));
-    EXPECT_TRUE(hasText(stage.mHud, "other", 11, 65, 0xEEFFFFFF));
-}
-
-TEST(HudView, aTriggersRowMarksItsFirings)
-{
-    Stage stage(entryWith("<trigger name='beat' start='1' repeat='3' delay='2'/>", "start='2' end='10'"));
-    stage.keys("Right");
-    stage.trigger(0).mFired = 1;
-    stage.time(0.5f);
-    EXPECT_TRUE(hasText(stage.mHud, "beat", 20, 41, white));
-    expectPixels(stage, {{5, 45, 0xCC003F00}, {129, 42, 0xCC003F00}, {207, 52, 0xCC003F00}, {207, 53, 0xCC383849}});
-    const int columns[] = {139, 159, 179}; // 3, 5 and 7 s
-    for (int k = 0; k < 3; ++k)
-        for (int row = 43; row < 53; ++row)
-            EXPECT_EQ(pixel(stage.mHud, columns[k], row), k == 0 ? 0xFF777777 : white) << k;
-    EXPECT_EQ(pixel(stage.mHud, 139, 42), 0xCC003F00u);
-
-    stage.keys("Down Return Right Right");
-    expectPixels(stage, {{columns[2], 43, red},
-                         {columns[1], 43, white},
-                         {5, 45, 0xEE000000},
-                         {150, 45, 0xEE002200},
-                         {300, 45, 0xEE000000}});
-
-    stage.trigger(0).mStart = 3.0f; // 5 s, the left end of the window
-    stage.time(25.0f);
-    EXPECT_EQ(pixel(stage.mHud, 110, 45), 0xEE002200u);
 }
 
 TEST(HudView, anyNumberOfFiringsIsMarkedAsIfOneByOne)
@@ -151,18 +139,11 @@ TEST(HudView, anyNumberOfFiringsIsMarkedAsIfOneByOne)
         int repeat;
         float delay;
         int fired, part;
-    } cases[] = {{1.0f, 100, 0.25f, 7, 9},
-                 {-30.0f, 1000000, 0.001f, 40000, 3},
-                 {-300.0f, 1000000, 0.01f, 30500, 31000},
-                 {60.0f, 300, -0.3f, 90, 95},
-                 {5.0f, 4, 0.0f, 2, 3},
-                 {5.0f, 4, 0.0f, 4, 0},
-                 {1e9f, 1000, -1e6f, 0, 0},
-                 {5.0f, 0, 1.0f, 0, 0},
-                 {5.0f, -7, 1.0f, 0, 0},
-                 {5.0f, 3, infinite, 0, 0},
-                 {infinite, 3, 1.0f, 0, 0},
-                 {20.0f, 1000000, 1e-30f, 0, 999999}};
+    } cases[] = {{1.0f, 100, 0.25f, 7, 9},    {-30.0f, 1000000, 0.001f, 40000, 3},
+                 {60.0f, 300, -0.3f, 90, 95}, {-300.0f, 1000000, 0.01f, 30500, 31000},
+                 {5.0f, 4, 0.0f, 2, 3},       {5.0f, 4, 0.0f, 4, 0},
+                 {5.0f, 0, 1.0f, 0, 0},       {5.0f, -7, 1.0f, 0, 0},
+                 {5.0f, 3, infinite, 0, 0},   {infinite, 3, 1.0f, 0, 0}};
     for (const auto& test : cases)
     {
         Stage stage(entryWith("<trigger/>"));
@@ -171,54 +152,25 @@ TEST(HudView, anyNumberOfFiringsIsMarkedAsIfOneByOne)
         trigger.mRepeat = test.repeat;
         trigger.mDelay = test.delay;
         trigger.mFired = test.fired;
-        stage.keys("Right Down");
-        stage.keys("Return");
+        stage.keys("Right Down Return");
         stage.mHud.mCurrentPart = test.part;
         stage.mHud.redraw();
 
         std::map<int, std::uint32_t> expected;
         for (int k = 0; k < test.repeat; ++k)
         {
-            const float t = 0.0f + test.start + static_cast<float>(k) * test.delay - 0.0f;
-            if (t > 0.0f && t < 40.0f)
-                expected[110 + static_cast<int>(t * 398.0f / 40.0f)] = k == test.part   ? red
-                                                                       : k < test.fired ? 0xFF777777
-                                                                                        : white;
+            const float t = test.start + static_cast<float>(k) * test.delay;
+            const std::uint32_t colour = k == test.part ? red : k < test.fired ? 0xFF777777 : white;
+            if (t > 0.0f && t < 40.0f) expected[110 + static_cast<int>(t * 398.0f / 40.0f)] = colour;
         }
         for (int x = 111; x < 508; ++x) // the clock stands at 110
-        {
-            const auto mark = expected.find(x);
-            EXPECT_EQ(pixel(stage.mHud, x, 45), mark == expected.end() ? 0xEE002200 : mark->second)
+            EXPECT_EQ(pixel(stage.mHud, x, 45), expected.count(x) ? expected[x] : 0xEE002200)
                 << x << " delay " << test.delay;
-        }
     }
     // The most there can be, far too many for one by one.
     Stage stage(entryWith("<trigger repeat='2147483647' delay='0.000001'/>"));
     stage.keys("Right Down");
     EXPECT_EQ(pixel(stage.mHud, 300, 45), white);
-}
-
-TEST(HudView, aSplinesRowShowsTheCurve)
-{
-    Stage stage(entryWith("<spline name='height' type='linear'><key time='0' value='0'/><key time='20' value='0.5'/>"
-                          "<key time='40' value='0'/></spline>"));
-    stage.keys("Right");
-    const int y = 42;
-    EXPECT_TRUE(hasText(stage.mHud, "height", 20, y - 1, 0xEEFFFFFF));
-    EXPECT_TRUE(hasText(stage.mHud, "linear", 25, y + 11, 0xFFAAAAAA));
-    expectPixels(stage, {{5, y + 47, 0xCC550000}, {400, y + 46, 0xCC550000}, {400, y + 47, 0xCC333344}});
-    expectPixels(stage, {{400, y + 23, 0xFFFF2222}, {401, y + 23, 0xCC550000}}); // zero line, every fifth column
-    expectPixels(stage, {{210, y + 18, 0xEE776666}, {210, y + 17, 0xCC550000}}); // 10.05 s: 5.5 rows up
-    expectPixels(stage, {{308, y + 12, white},
-                         {309, y + 12, white},
-                         {310, y + 12, white},
-                         {309, y + 11, white},
-                         {309, y + 13, white}});      // the key at 20 s, 11 rows up
-    expectPixels(stage, {{507, y + 23, 0xEE776666}}); // the last key lies at the end of the window, and so past it
-
-    stage.keys("Down Return Right");
-    expectPixels(stage,
-                 {{309, y + 12, 0xFFFF6666}, {309, y + 11, red}, {130, y + 40, 0xEE440000}, {5, y + 40, 0xEE000000}});
 }
 
 TEST(HudView, steepCurvesHaveNoGapsAndStayInTheList)
@@ -246,30 +198,35 @@ TEST(HudView, theStatusBoxTellsTheSelectedRow)
     Stage stage(entryWith("<trigger start='1.5' value='ab'/><trigger start='1' repeat='4' delay='0.5' value='cd'/>"
                           "<spline type='linear' valuescale='2'><key value='-1'/><key time='10' value='3'/></spline>",
                           "start='2' end='10'"));
-    const auto status = [&](const char* text, int x, int y) { return hasText(stage.mHud, text, x, y, white); };
     stage.time(7.0f);
-    EXPECT_EQ(pixel(stage.mHud, 500, 500), 0xCC4477CCu);
-    EXPECT_TRUE(status("start: 2.000", 120, 486) && status("end: 10.000", 120, 496));
-    EXPECT_TRUE(status("triggers: 2", 220, 486) && status("splines: 1", 220, 496));
-
-    stage.keys("Right Down");
-    EXPECT_EQ(pixel(stage.mHud, 500, 500), 0xCC003F00u);
-    EXPECT_TRUE(status("start: 1.500", 120, 486));
-    EXPECT_EQ(pixel(stage.mHud, 220, 490), 0xCC003F00u); // no repeat
-    EXPECT_TRUE(hasText(stage.mHud, "value: ab", 320, 486, 0xFFFFFF00));
-
-    stage.keys("Down Return Right Right");
-    EXPECT_TRUE(status("start: 1.000", 120, 486) && status("current: 2.00", 120, 496));
-    EXPECT_TRUE(status("repeat: 4", 220, 486) && status("delay: 0.50", 220, 496));
-
-    stage.keys("Return Down");
-    EXPECT_EQ(pixel(stage.mHud, 500, 500), 0xCC550000u);
-    EXPECT_TRUE(status("keys: 2", 120, 486) && status("current: 2.000", 120, 496)); // 5 s in: half way from -2 to 6
-    EXPECT_TRUE(status("max: 6.000", 220, 486) && status("min: -2.000", 220, 496));
-    EXPECT_EQ(pixel(stage.mHud, 320, 490), 0xCC550000u);
-    stage.keys("Return Right");
-    EXPECT_TRUE(status("current key: 6.00", 320, 486));
-
+    const struct
+    {
+        const char* keys;
+        std::uint32_t background;
+        const char* texts[5]; // two lines in the first two columns, one in the third
+    } cases[] = {
+        {"", 0xCC4477CC, {"start: 2.000", "end: 10.000", "triggers: 2", "splines: 1", ""}},
+        {"Right Down", 0xCC003F00, {"start: 1.500", "", "", "", "value: ab"}},
+        {"Down Return Right Right",
+         0xCC003F00,
+         {"start: 1.000", "current: 2.00", "repeat: 4", "delay: 0.50", "value: cd"}},
+        // 5 s in: half way from -2 to 6
+        {"Return Down", 0xCC550000, {"keys: 2", "current: 2.000", "max: 6.000", "min: -2.000", ""}},
+        {"Return Right", 0xCC550000, {"keys: 2", "current: 2.000", "max: 6.000", "min: -2.000", "current key: 6.00"}},
+    };
+    for (const auto& test : cases)
+    {
+        stage.keys(test.keys);
+        EXPECT_EQ(pixel(stage.mHud, 500, 508), test.background) << test.keys;
+        for (int i = 0; i < 5; ++i)
+        {
+            const int x = 120 + 100 * (i / 2), y = 486 + 10 * (i % 2);
+            const std::uint32_t colour = i == 4 && test.background == 0xCC003F00 ? 0xFFFFFF00 : white;
+            EXPECT_TRUE(hasText(stage.mHud, test.texts[i], x, y, colour)) << test.texts[i];
+            const std::uint32_t* line = &stage.mHud.mData[(y + 5) * 512 + x];
+            EXPECT_TRUE(*test.texts[i] || std::count(line, line + 60, test.background) == 60) << test.keys;
+        }
+    }
     stage.trigger(0).mValue.assign(100000, 'w');
     stage.keys("Return Up Up");
     EXPECT_EQ(pixel(stage.mHud, 508, 495), 0xCC333344u); // a long value ends with the box
@@ -281,13 +238,14 @@ TEST(HudView, clockAndStartStandOnTheAxis)
     stage.time(125.5f, 110.0f, 59.99f);
     EXPECT_TRUE(hasText(stage.mHud, "time : 02:05.500", 15, 486, white));
     EXPECT_TRUE(hasText(stage.mHud, "fps : 59.99", 19, 496, white));
-    for (int row = 30; row < 486; ++row)
-    {
-        EXPECT_EQ(pixel(stage.mHud, 309, row), row % 3 == 2 ? 0xCC333344 : red);        // 20 s into the window
-        EXPECT_EQ(pixel(stage.mHud, 154, row), row % 5 == 0 ? 0xFF7777FF : 0xCC333344); // 4.5 s into it
-    }
-    stage.time(3.0f, 43.0f); // near the start the clock runs in from the left; the start line is past the window
-    expectPixels(stage, {{139, 30, red}, {508, 30, 0xCC333344}});
+    EXPECT_EQ(row(stage, 30, 110), "44a1p154a1R200a2W"); // 4.5 and 20 s into the window
+    stage.time(3.0f, 43.0f);
+    EXPECT_EQ(row(stage, 30, 110), "29a1R370a2W"); // the start is past the window
+
+    // The zoom moves the clock away until the next time event: past the axis it has no line, least of all on the frame.
+    stage.time(15.1f);
+    stage.keys("Plus Plus Plus Plus Plus");
+    EXPECT_EQ(row(stage, 31, 110), "400a2W");
 }
 
 TEST(HudView, scrollsToTheSelectedRow)

@@ -1,21 +1,18 @@
 #pragma once
 
-// What the tests of the runtime share: a show folder of their own on disk, and a device without a window.
+// What the tests of the runtime share: a show folder of their own on disk, and keys.
 
-#include "tw_device_sdl.h"
+#include "tw_events.h"
 
 #include "am.h"
 
 #include <stdlib.h>
 
-#include <cstdio>
-#include <deque>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
 #include <string>
-#include <vector>
 
 // A new folder, laid out like the root of a show, with the font and the logo that the HUDs ask for. It goes with its
 // contents at the end of the test.
@@ -24,10 +21,8 @@ class ShowFolder
 public:
     ShowFolder()
     {
-        setenv("SDL_AUDIODRIVER", "dummy", 1);
         std::string pattern = (std::filesystem::temp_directory_path() / "show-XXXXXX").string();
-        if (!mkdtemp(pattern.data()))
-            throw std::runtime_error("no temporary folder");
+        if (!mkdtemp(pattern.data())) throw std::runtime_error("no temporary folder");
         mPath = pattern + "/";
         std::filesystem::create_directory(mPath + "screenshots");
 
@@ -57,20 +52,6 @@ public:
     std::string mPath; // ends in a slash
 };
 
-// A tenth of a second of silence, which any sound library can play.
-inline std::string silentWave()
-{
-    std::string wave("RIFF\x00\x00\x00\x00WAVEfmt \x10\x00\x00\x00\x01\x00\x02\x00\x44\xac\x00\x00\x10\xb1\x02\x00"
-                     "\x04\x00\x10\x00" "data\x00\x00\x00\x00", 44);
-    const unsigned int bytes = 4410 * 4;
-    for (int i = 0; i < 4; i++)
-    {
-        wave[static_cast<std::size_t>(4 + i)] = static_cast<char>((bytes + 36) >> (8 * i));
-        wave[static_cast<std::size_t>(40 + i)] = static_cast<char>(bytes >> (8 * i));
-    }
-    return wave + std::string(bytes, '\0');
-}
-
 inline Tidewheel::Event keyDown(int key, const std::string& modifiers = "")
 {
     Tidewheel::Event event;
@@ -81,39 +62,3 @@ inline Tidewheel::Event keyDown(int key, const std::string& modifiers = "")
     event.shift = modifiers.find("shift") != std::string::npos;
     return event;
 }
-
-// A device that shows nothing: it hands out prepared events, one list a poll, and writes down what it is told.
-class ScriptedDevice : public Tidewheel::DeviceSDL
-{
-public:
-    ScriptedDevice()
-    {
-        mWidth = 4;
-        mHeight = 2;
-    }
-
-    void updateEvents(Tidewheel::Events& events) override
-    {
-        if (mPolls.empty())
-            return;
-        for (const Tidewheel::Event& event : mPolls.front())
-            events.append(event);
-        mPolls.pop_front();
-    }
-
-    void open(const std::string&, int, int, bool) override {}
-    void setFullscreen(bool fullscreen) override
-    {
-        mFullscreen = fullscreen;
-        mCalls.push_back(fullscreen ? "fullscreen" : "windowed");
-    }
-    bool isFullscreen() const override { return mFullscreen; }
-    void beginFrame() override { mCalls.push_back("begin"); }
-    void endFrame() override { mCalls.push_back("end"); }
-    void displayHUD(Tidewheel::HUD&) override { mCalls.push_back("hud"); }
-    void displayMiniHUD(Tidewheel::MiniHUD&) override { mCalls.push_back("minihud"); }
-    void displayLoadingBar(float delta) override { mCalls.push_back("bar " + std::to_string(delta)); }
-
-    std::deque<std::vector<Tidewheel::Event>> mPolls; // the events of each poll to come
-    std::vector<std::string> mCalls;
-};

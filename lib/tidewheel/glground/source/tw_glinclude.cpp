@@ -16,8 +16,7 @@ namespace
 {
 
 // Finds `name`, or ends the program: there is nothing the show could draw with instead.
-template <typename Function>
-Function lookUp(const char* name)
+template <typename Function> Function lookUp(const char* name)
 {
     Function function = reinterpret_cast<Function>(glLookUp(reinterpret_cast<const GLubyte*>(name)));
     if (!function)
@@ -69,14 +68,14 @@ GLEntryPoints glEntryPoints = {firstGenBuffersARB, firstDeleteBuffersARB, firstB
 namespace
 {
 
-const int errorCount = 8;
+const int ERROR_COUNT = 8;
 
-const GLenum mCode[errorCount] = {GL_NO_ERROR,       GL_INVALID_ENUM,    GL_INVALID_VALUE, GL_INVALID_OPERATION,
-                                  GL_STACK_OVERFLOW, GL_STACK_UNDERFLOW, GL_OUT_OF_MEMORY, GL_TABLE_TOO_LARGE};
+const GLenum mCode[ERROR_COUNT] = {GL_NO_ERROR,       GL_INVALID_ENUM,    GL_INVALID_VALUE, GL_INVALID_OPERATION,
+                                   GL_STACK_OVERFLOW, GL_STACK_UNDERFLOW, GL_OUT_OF_MEMORY, GL_TABLE_TOO_LARGE};
 
-const char* const mName[errorCount] = {"GL_NO_ERROR",       "GL_INVALID_ENUM",    "GL_INVALID_VALUE",
-                                       "GL_INVALID_OPERATION", "GL_STACK_OVERFLOW",  "GL_STACK_UNDERFLOW",
-                                       "GL_OUT_OF_MEMORY",  "GL_TABLE_TOO_LARGE"};
+const char* const mName[ERROR_COUNT] = {"GL_NO_ERROR",          "GL_INVALID_ENUM",   "GL_INVALID_VALUE",
+                                        "GL_INVALID_OPERATION", "GL_STACK_OVERFLOW", "GL_STACK_UNDERFLOW",
+                                        "GL_OUT_OF_MEMORY",     "GL_TABLE_TOO_LARGE"};
 
 } // namespace
 
@@ -85,7 +84,7 @@ void GL_REPORT_ERROR(const char* file, int line, const char* statement)
     const GLenum error = glGetError();
 
     // The search starts behind GL_NO_ERROR, which therefore never matches.
-    for (int i = 1; i < errorCount; i++)
+    for (int i = 1; i < ERROR_COUNT; i++)
     {
         if (mCode[i] == error)
             throw Tidewheel::Exception("[Tidewheel] GL-error at [%d] %s\nLine: %s\nError: '%s'", line, file, statement,
