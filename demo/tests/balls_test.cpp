@@ -48,7 +48,7 @@ TEST(Ball, beginsANewPictureAndKeepsTheMask)
     gl.state.enabled[GL_STENCIL_TEST] = true;
     ball.update(0, 0, 0);
     EXPECT_EQ(gl.count("glClear"), 2);
-    EXPECT_EQ(gl.last("glCopyTexImage2D"), "glCopyTexImage2D 6407 0 0 128 128"); // GL_RGB
+    EXPECT_EQ(gl.last("glCopyTexImage2D"), "glCopyTexImage2D 3553 0 6407 0 0 128 128 0"); // GL_RGB
     EXPECT_EQ(gl.state.viewport, (std::array<int, 4>{0, 0, 800, 600}));
     EXPECT_TRUE(gl.on(GL_STENCIL_TEST));
 }

@@ -17,6 +17,7 @@ class Stage
 public:
     Stage()
     {
+        GLRecorder::reset();
         for (const char* name : {"ballbg.jpg", "env.png", "font.png", "greets.png", "overlay.png", "sandrift.png",
                                  "sandrift_ghost.png", "scenese.png", "sun.png"})
         {

@@ -123,7 +123,7 @@ TEST(TwisterScene, isAStarOfSixArmsInThreeShades)
     EXPECT_EQ(polygons[9].mIndices, (std::vector<unsigned int>{9, 0, 69, 60}));
     EXPECT_EQ(polygons[1139].mIndices, (std::vector<unsigned int>{1139, 1130, 1199, 1190}));
 
-    const std::vector<unsigned char>& bands = gl.uploads.back().data;
+    const std::vector<unsigned char>& bands = gl.textures[maril64k::cellshadeTexture];
     ASSERT_EQ(bands.size(), 3u * 64);
     for (size_t i = 0; i < bands.size(); ++i) EXPECT_EQ(bands[i], i < 36 ? 128 : i < 96 ? 192 : 255);
 }

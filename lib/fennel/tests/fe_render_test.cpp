@@ -1,4 +1,4 @@
-#include "fe_glfake.h"
+#include "gl_recorder.h"
 #include "fe_material.h"
 #include "fe_rendermanager.h"
 #include "fe_scenes.h"
@@ -12,8 +12,8 @@
 #include <functional>
 
 using Fennel::Submesh;
-using GLFake::call;
-using GLFake::gl;
+using GLRecorder::call;
+using GLRecorder::gl;
 using Calls = std::vector<std::string>;
 
 namespace
@@ -50,7 +50,7 @@ const MathBase::Matrix4x4Col identity;
 
 TEST(SubmeshBuffers, takeTheNarrowestIndexAndNoneWhereTrianglesShareTooLittle)
 {
-    GLFake::reset();
+    GLRecorder::reset();
     const struct
     {
         unsigned vertices, indices;
@@ -82,7 +82,7 @@ TEST(SubmeshBuffers, takeTheNarrowestIndexAndNoneWhereTrianglesShareTooLittle)
 
 TEST(SubmeshBuffers, areBoundOnlyWhereTheyDifferFromThePreviousOnes)
 {
-    GLFake::reset();
+    GLRecorder::reset();
     const Made quad(4, 6);
     const Made triangle(3, 3);
     EXPECT_EQ(callsOf(quad.submesh, nullptr),
@@ -99,7 +99,7 @@ TEST(SubmeshBuffers, areBoundOnlyWhereTheyDifferFromThePreviousOnes)
 
 TEST(SubmeshBuffers, lieInTheOrderOfTheirCreationWhereverTheHeapIs)
 {
-    GLFake::reset();
+    GLRecorder::reset();
     std::vector<Fennel::BufferARB*> buffers;
     for (GLuint name = 1; name <= 5000; ++name) buffers.push_back(new Fennel::BufferARB(name, GL_T2F_N3F_V3F));
     EXPECT_TRUE(std::is_sorted(buffers.begin(), buffers.begin() + 4000, std::less<Fennel::BufferARB*>()));
@@ -112,7 +112,7 @@ TEST(SubmeshBuffers, lieInTheOrderOfTheirCreationWhereverTheHeapIs)
 
 TEST(RenderJobs, groupBySubmeshAndThenByTextureAndKeepTheirRoom)
 {
-    GLFake::reset();
+    GLRecorder::reset();
     const Made one(4, 6), other(4, 6);
     Fennel::TextureManager textures;
     Fennel::TextureFormat format;
@@ -142,7 +142,7 @@ TEST(RenderJobs, groupBySubmeshAndThenByTextureAndKeepTheirRoom)
 
 TEST(RenderJobs, turnTheWindingOnlyAroundMirroredOnes)
 {
-    GLFake::reset();
+    GLRecorder::reset();
     const Made made(4, 6);
     const Fennel::Material material;
     Fennel::RenderManager manager;
@@ -160,7 +160,7 @@ TEST(RenderJobs, turnTheWindingOnlyAroundMirroredOnes)
 
 TEST(Materials, takeOverTheFiveAttributesAndLimitTheShininess)
 {
-    GLFake::reset();
+    GLRecorder::reset();
     SceneFile file;
     Fennel::TextureManager textures;
     const std::pair<float, float> shininess[] = {{300, 127}, {254, 127}, {100, 50}, {-1, 0}};

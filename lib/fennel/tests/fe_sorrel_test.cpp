@@ -1,6 +1,7 @@
 #include "fe_camera.h"
 #include "fe_exception.h"
-#include "fe_glfake.h"
+#include "gl_recorder.h"
+#include "heap_counter.h"
 #include "fe_light.h"
 #include "fe_mesh.h"
 #include "fe_scenes.h"
@@ -14,8 +15,8 @@
 
 using Fennel::Sorrel::Engine;
 using Fennel::Sorrel::Node;
-using GLFake::call;
-using GLFake::gl;
+using GLRecorder::call;
+using GLRecorder::gl;
 using Calls = std::vector<std::string>;
 using Names = std::vector<std::string>;
 
@@ -25,7 +26,7 @@ namespace
 class SorrelTest : public testing::Test
 {
 protected:
-    SorrelTest() { GLFake::reset(); }
+    SorrelTest() { GLRecorder::reset(); }
 
     std::unique_ptr<Engine> load()
     {
@@ -325,12 +326,12 @@ TEST_F(SorrelTest, aFrameAllocatesNothingOnceTheLargestHasBeen)
     const std::unique_ptr<Engine> engine = load(file);
     gl.asleep = true;
     engine->draw();
-    const long before = GLFake::allocations;
+    const long before = heapAllocations;
     for (int i = 0; i < 10; ++i)
     {
         engine->updateKeyframing(static_cast<float>(i));
         engine->draw();
     }
-    EXPECT_EQ(GLFake::allocations, before);
+    EXPECT_EQ(heapAllocations, before);
     EXPECT_EQ(engine->mRenderManager.mJobs.size(), 300u);
 }
