@@ -11,8 +11,8 @@ using GLRecorder::gl;
 namespace
 {
 
-const std::size_t HEAD = 40, SAMPLES = 40, TAIL = 10; // lines of a long frame
-const std::size_t CORNERS = 8;                        // parts of a long primitive from the front, and half as many more
+const std::size_t HEAD = 24, SAMPLES = 24, TAIL = 6; // lines of a long frame
+const std::size_t CORNERS = 6;                       // parts of a long primitive from the front, and half as many more
 
 #define NAMED(constant)                                                                                                \
     {                                                                                                                  \
@@ -68,8 +68,7 @@ const std::map<long, const char*> NAMES = {NAMED(GL_TEXTURE_1D),
                                            NAMED(GL_FOG_END),
                                            NAMED(GL_TEXTURE_GEN_S),
                                            NAMED(GL_TEXTURE_GEN_T),
-                                           NAMED(GL_S),
-                                           NAMED(GL_T),
+
                                            NAMED(GL_TEXTURE_GEN_MODE),
                                            NAMED(GL_SPHERE_MAP)};
 #undef NAMED
