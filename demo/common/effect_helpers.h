@@ -32,6 +32,13 @@ inline int readInteger(const std::string& text)
     return static_cast<int>(std::clamp<long>(std::strtol(text.c_str(), nullptr, 10), INT_MIN, INT_MAX));
 }
 
+// The same for how many things a frame is to draw, at most `most`: a slip of the hand in a script must not hold the
+// frame up for minutes. A count below 0 draws nothing.
+inline int readCount(const std::string& text, int most)
+{
+    return std::min(readInteger(text), most);
+}
+
 // Loads a picture from the archives as all effects want theirs: 2D, in the size of its file, with mipmap levels. A
 // picture that is missing or damaged throws an AM::Exception that names it.
 inline Fennel::Texture loadPicture(Fennel::TextureManager& manager, const std::string& filename)

@@ -9,6 +9,10 @@ const int TEXTURESIZE = 128; // side of the sphere's texture
 const int PARTICLE_SIZE = 32;
 const float PIXEL = 0.0078125f; // 1 / TEXTURESIZE
 
+// Far beyond what a picture shows: drawn by the processor, a frame of so many takes some tenths of a second.
+const int MAX_LAYERS = 1000;
+const int MAX_COUNT = 10000;
+
 } // namespace
 
 Ball::Ball()
@@ -59,9 +63,9 @@ void Ball::executeTrigger(float, const std::string& name, const std::string& val
     else if (name == "move")
         chooseTarget();
     else if (name == "layers")
-        mLayers = readInteger(value);
+        mLayers = readCount(value, MAX_LAYERS);
     else if (name == "count")
-        mCount = readInteger(value);
+        mCount = readCount(value, MAX_COUNT);
 }
 
 void Ball::updateSpline(float, const std::string& name, float value)

@@ -207,6 +207,26 @@ TEST(Effects, ignoreTriggersAndSplinesThatTheyDoNotKnow)
     }
 }
 
+// What a typing error must not do: draw for minutes, while no key is heard.
+TEST(Effects, drawNoMoreThanAFrameCanTake)
+{
+    Stage stage;
+    Ball ball;
+    LinesScene lines;
+    stage.setup(ball);
+    stage.setup(lines);
+    const std::pair<const char*, int> counts[] = {{"9", 9}, {"1000", 1000}, {"10001", 10000}, {"9999999999", 10000}};
+    for (const auto& [text, count] : counts)
+    {
+        for (const char* name : {"count", "layers"}) trigger(ball, name, text);
+        trigger(lines, "count", text);
+        ASSERT_EQ(ball.mCount, count);
+        ASSERT_EQ(ball.mLayers, std::min(count, 1000));
+        stage.draw(lines, 0);
+        ASSERT_EQ(gl.primitives.size(), size_t(count));
+    }
+}
+
 TEST(TriggerNumbers, areReadFromTheStartOfTheText)
 {
     EXPECT_EQ(readFloat("0.5 of it"), 0.5f);

@@ -310,6 +310,12 @@ TEST(SorrelPlayer, raisesTheCameraForAsLongAsTheSplineSays)
         EXPECT_FLOAT_EQ(player.mEngine.mActiveCamera->mFar, 2000);
     }
 
+    for (const float spline : {1e30f, INFINITY, -INFINITY, NAN}) // what a script may hold
+    {
+        player.updateSpline(0, "y", spline);
+        player.update(4, 0.1f, 0);
+    }
+
     SceneFile().store(archives);
     SorrelPlayer blind("scene.xml"); // no camera
     blind.setup(archives);
