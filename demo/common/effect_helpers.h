@@ -6,6 +6,9 @@
 #include "fe_texturemanager.h"
 #include "tw_glinclude.h"
 
+#include "frame_size.h"
+#include "picture_files.h"
+
 #include <algorithm>
 #include <climits>
 #include <cmath>
@@ -102,6 +105,26 @@ public:
     PushedMatrix(const PushedMatrix&) = delete;
     PushedMatrix& operator=(const PushedMatrix&) = delete;
 };
+
+// The side of the textures that hold a copy of the frame, in their lower left corner.
+const int COPY_SIZE = 1024;
+
+// Copies the frame into the bound texture.
+inline void copyFrame()
+{
+    glCopyTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, 0, 0, FRAME_WIDTH, FRAME_HEIGHT);
+}
+
+// The perspective of the device with a near plane at 1, and no modelview matrix. It is not put back: the near plane
+// holds for the rest of the frame.
+inline void setNearPerspective()
+{
+    glMatrixMode(GL_PROJECTION);
+    glLoadIdentity();
+    gluPerspective(45, 1.33333333, 1, 100);
+    glMatrixMode(GL_MODELVIEW);
+    glLoadIdentity();
+}
 
 // Both filters of the bound 2D texture: GL_NEAREST or GL_LINEAR.
 inline void setTextureFilter(GLint filter)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "gl_recorder.h"
+#include "picture_files.h"
 
 #include "am.h"
 #include "fe_texturemanager.h"
@@ -18,8 +19,9 @@ public:
     Stage()
     {
         GLRecorder::reset();
-        for (const char* name : {"ballbg.jpg", "env.png", "font.png", "greets.png", "overlay.png", "sandrift.png",
-                                 "sandrift_ghost.png", "scenese.png", "sun.png"})
+        for (const char* name : {PictureFiles::LANDSCAPE, PictureFiles::ENVIRONMENT, PictureFiles::FONT,
+                                 PictureFiles::GREETINGS, PictureFiles::OVERLAY, PictureFiles::LOGO,
+                                 PictureFiles::LOGO_GHOST, PictureFiles::BANNER, PictureFiles::SUN})
         {
             AM::Image image(new AM::ImageObject(0, 0, nullptr, nullptr, name));
             image->resize(2, 2);
