@@ -113,7 +113,7 @@ const Case cases[] = {
      "@0 0 0; ~explode=12; ~alpha=10; ~zoom=1.5; ~bounce=2; @1 0 0; any=; @2 0 0; split=; @3 0 0; a=; b=; @1 0 0; c=; "
      "@1 0 0; reset; @1 0 0"},
     {"Infinity", make<Infinity>, "-++-+....", "@0 0 0; @1 0.1 0; @2 -0.2 0; @3 10 0"},
-    {"LinesScene", make<LinesScene>, "++++.....", "count=5; @0 0 0; ~alpha=5; @0 0 0; count=-1; @0 0 0"},
+    {"LinesScene", make<LinesScene>, "++++.....", "@0 0 0; count=5; ~alpha=5; @0 0 0; count=-1; @0 0 0"},
     {"Lighting", make<Lighting>, "-+---....", "@0 0 0; ~alpha=10; ~mod=20; @0 0.25 0; @0 -0.5 0"},
     {"TwisterScene", make<TwisterScene>, "+-+++...+", "@1 0 0; ~speed=5; @8 0.02 0"},
     {"Meta", makeMeta, "+.+++..++", "@0 0 0; @0 0.5 0"},

@@ -122,40 +122,6 @@ TEST(MetaTable, eachCaseUsesExactlyTheEdgesThatAreCutAndTurnsClockwise)
     }
 }
 
-TEST(MetaTable, windsAsTheseRows)
-{
-    const std::map<int, std::vector<int>> rows = {{0, {}},
-                                                  {1, {3, 0, 8}},
-                                                  {2, {9, 0, 1}},
-                                                  {3, {3, 1, 8, 1, 9, 8}},
-                                                  {4, {11, 1, 2}},
-                                                  {127, {6, 7, 10}},
-                                                  {8, {2, 3, 10}},
-                                                  {6, {11, 9, 2, 9, 0, 2}},
-                                                  {7, {3, 2, 8, 8, 2, 11, 8, 11, 9}},
-                                                  {255, {}},
-                                                  {128, {10, 7, 6}},
-                                                  {254, {8, 0, 3}},
-                                                  {9, {2, 0, 10, 0, 8, 10}},
-                                                  {10, {0, 1, 9, 10, 2, 3}}};
-    for (auto [corners, row] : rows)
-    {
-        row.push_back(-1);
-        for (std::size_t i = 0; i < row.size(); ++i) EXPECT_EQ(rowOf(corners)[i], row[i]) << corners;
-    }
-}
-
-TEST_F(MetaTest, startsFromTheSeedInOneOrder)
-{
-    std::srand(38912);
-    for (int i = 0; i < Meta::BALLS; ++i)
-    {
-        const Vector3f &p = meta.mBalls[i].position, &t = meta.mBalls[i].target;
-        for (const float value : {p.x, p.y, p.z, t.x, t.y, t.z})
-            EXPECT_FLOAT_EQ(value, 0.75f * (std::rand() * 4.656613e-10f) + 0.25f);
-    }
-}
-
 // A field of noise has every case beside every other: nowhere but at the grid's edge may a side miss its neighbour.
 TEST_F(MetaTest, neighbouringCasesClose)
 {
