@@ -177,36 +177,6 @@ TEST(Effects, drawLegallyAndFreeWhatTheirSetupMade)
     }
 }
 
-TEST(Effects, ignoreTriggersAndSplinesThatTheyDoNotKnow)
-{
-    Stage stage;
-    for (const Case& entry : cases)
-    {
-        SCOPED_TRACE(entry.name);
-        const std::unique_ptr<Tidewheel::Effect3D> effect = entry.make();
-        const std::unique_ptr<Tidewheel::Effect3D> told = entry.make();
-        const auto callsOf = [&](Tidewheel::Effect3D& frameOf) {
-            gl.beginFrame();
-            gl.inFull = true;
-            std::srand(1);
-            frameOf.update(0.25f, 0, 0.25f);
-            return gl.calls;
-        };
-        std::srand(1);
-        stage.setup(*effect);
-        const std::vector<std::string> calls = callsOf(*effect);
-
-        std::srand(1);
-        stage.setup(*told);
-        for (const char* name : {"", "Color", "R", "mode ", "falloff1", "Alpha", "JUMP", "max", "percent"})
-        {
-            if (std::string(entry.name) != "Cubes") told->executeTrigger(0.1f, name, "1"); // they split on any name
-            told->updateSpline(0.1f, name, 77);
-        }
-        EXPECT_EQ(callsOf(*told).size(), calls.size());
-    }
-}
-
 // What a typing error must not do: draw for minutes, while no key is heard.
 TEST(Effects, drawNoMoreThanAFrameCanTake)
 {
@@ -235,19 +205,4 @@ TEST(TriggerNumbers, areReadFromTheStartOfTheText)
     EXPECT_EQ(readInteger("12.9"), 12);
     EXPECT_EQ(readInteger("0x10"), 0);
     EXPECT_EQ(readInteger("99999999999"), INT_MAX);
-}
-
-TEST(SoftSpot, fallsFromTheMiddleAndRisesAgainInTheCorners)
-{
-    for (int size : {32, 64})
-    {
-        const std::vector<unsigned char> spot = makeSoftSpot(size);
-        ASSERT_EQ(spot.size(), size_t(size * size));
-        const int half = size / 2;
-        EXPECT_EQ(spot[half * size + half], 255);
-        EXPECT_EQ(spot[half * size + half + half / 2], 109); // (256 / 4 + 92 / 2) * 255 / 256
-        EXPECT_EQ(spot[half * size], 0);
-        EXPECT_EQ(spot[half], 0);
-        EXPECT_EQ(spot[0], 5); // w is 1 - sqrt 2
-    }
 }

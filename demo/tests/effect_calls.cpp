@@ -167,6 +167,12 @@ std::string listCalls(Stage& stage, Tidewheel::Effect3D& effect, const std::stri
         for (unsigned char byte : texture->second) check = (check * 31 + byte) % 65521;
         list << "  texture " << texture->first << ": " << texture->second.size() << " bytes, check " << check << "\n";
     }
+    for (const char* unknown : {"", "Color", "R", "mode ", "falloff1", "Alpha", "JUMP", "max", "percent"})
+    {
+        effect.executeTrigger(0.1f, unknown, "1");
+        effect.updateSpline(0.1f, unknown, 77);
+    }
+    effect.resetTriggers(); // cubes split on any name
     for (const std::string& text : split(script, "; "))
     {
         list << text << "\n";

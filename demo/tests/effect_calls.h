@@ -4,8 +4,9 @@
 
 #include <string>
 
-// Sets the effect up, plays the script ("trigger=value; ~spline=value; @time delta position; reset") and writes down
-// what OpenGL is asked, a line a call under each step. Of long frames and primitives a part is shown.
+// Sets the effect up, sends it triggers and splines that none knows, which must change nothing, plays the script
+// ("trigger=value; ~spline=value; @time delta position; reset") and writes down what OpenGL is asked, a line a call
+// under each step. Of long frames and primitives a part is shown.
 std::string listCalls(Stage& stage, Tidewheel::Effect3D& effect, const std::string& script);
 
 // Compares the list with the one in demo/tests/calls, numbers to 4 digits or so, since mathematics libraries differ in

@@ -5,16 +5,13 @@
 #include "blood.h"
 #include "boolean.h"
 #include "circle.h"
-#include "clear.h"
 #include "crashscene.h"
 #include "flash.h"
 #include "greetings.h"
-#include "loading.h"
 #include "overlay.h"
 #include "pixels.h"
 #include "radialblur.h"
 #include "render2texture.h"
-#include "static.h"
 #include "stencil.h"
 #include "stencilop.h"
 
@@ -66,19 +63,6 @@ TEST_F(Pictures, aMaskCutsWhatComesAfterIt)
         EXPECT_TRUE(isColor(400 + 190, 300, entry.outside));
         EXPECT_TRUE(isColor(5, 5, entry.outside));
     }
-}
-
-TEST_F(Pictures, staticDarkensByHalfOnAverage)
-{
-    Static noise;
-    setup(noise);
-    frame([&] {
-        fill(0, 0, 800, 600, 0xffffff);
-        noise.update(0, 0, 0);
-    });
-    double sum = 0;
-    for (unsigned char component : mPixels) sum += component;
-    EXPECT_NEAR(sum / static_cast<double>(mPixels.size()), 128, 3);
 }
 
 TEST_F(Pictures, bloodBeginsAtTheTop)
