@@ -11,8 +11,10 @@ using GLRecorder::gl;
 namespace
 {
 
-const std::size_t HEAD = 24, SAMPLES = 24, TAIL = 6; // lines of a long frame
-const std::size_t CORNERS = 6;                       // parts of a long primitive from the front, and half as many more
+// Of a long frame: how many calls of each name from the front, how many from the end, and how many of all between.
+const int FIRST = 5, LAST = 2;
+const std::size_t SAMPLES = 24;
+const std::size_t CORNERS = 6; // parts of a long primitive from the front, and half as many more
 
 #define NAMED(constant)                                                                                                \
     {                                                                                                                  \
@@ -110,11 +112,17 @@ std::string readable(const std::string& call)
 // The calls since the last time.
 void takeCalls(std::ostream& list)
 {
-    const std::size_t size = gl.calls.size();
-    const std::size_t stride = std::max<std::size_t>(1, (size - std::min(size, HEAD + TAIL)) / SAMPLES) | 1;
-    list << "  " << size << " calls\n";
-    for (std::size_t i = 0; i < size; ++i)
-        if (i < HEAD || i + TAIL >= size || i % stride == 0) list << "  " << i << ": " << readable(gl.calls[i]) << "\n";
+    const std::size_t stride = gl.calls.size() / SAMPLES | 1;
+    std::map<std::string, int> before, left;
+    const auto nameOf = [](const std::string& call) { return call.substr(0, call.find(' ')); };
+    for (const std::string& call : gl.calls) ++left[nameOf(call)];
+    list << "  " << gl.calls.size() << " calls\n";
+    for (std::size_t i = 0; i < gl.calls.size(); ++i)
+    {
+        const std::string name = nameOf(gl.calls[i]);
+        if (before[name]++ < FIRST || left[name] - before[name] < LAST || i % stride == 0)
+            list << "  " << i << ": " << readable(gl.calls[i]) << "\n";
+    }
     gl.calls.clear();
 }
 
