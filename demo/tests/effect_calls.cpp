@@ -1,7 +1,9 @@
 #include "effect_calls.h"
 
+#include <algorithm>
 #include <cmath>
-#include <cstring>
+#include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <map>
 #include <sstream>

@@ -73,11 +73,10 @@ TEST_F(TextureManagerTest, oneNameAndFormatIsOneTextureForAsLongAsAHandleLives)
 
 TEST_F(TextureManagerTest, formatAndImageDecideTheKindOfUpload)
 {
-    const std::string uploads[] = {
-        call("glTexImage1D", GL_TEXTURE_1D, 0, 4, 256, 0, GL_BGRA, GL_UNSIGNED_BYTE),
-        call("glTexImage2D", GL_TEXTURE_2D, 0, 4, 256, 1, 0, GL_BGRA, GL_UNSIGNED_BYTE),
-        call("gluBuild1DMipmaps", GL_TEXTURE_1D, 4, 256, GL_BGRA, GL_UNSIGNED_BYTE),
-        call("gluBuild2DMipmaps", GL_TEXTURE_2D, 4, 256, 1, GL_BGRA, GL_UNSIGNED_BYTE)};
+    const std::string uploads[] = {call("glTexImage1D", GL_TEXTURE_1D, 0, 4, 256, 0, GL_BGRA, GL_UNSIGNED_BYTE),
+                                   call("glTexImage2D", GL_TEXTURE_2D, 0, 4, 256, 1, 0, GL_BGRA, GL_UNSIGNED_BYTE),
+                                   call("gluBuild1DMipmaps", GL_TEXTURE_1D, 4, 256, GL_BGRA, GL_UNSIGNED_BYTE),
+                                   call("gluBuild2DMipmaps", GL_TEXTURE_2D, 4, 256, 1, GL_BGRA, GL_UNSIGNED_BYTE)};
     const int types[] = {1, 3, 33, 34}; // 2D wins where both are allowed
     for (int i = 0; i < 4; ++i)
     {
