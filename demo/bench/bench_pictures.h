@@ -13,8 +13,9 @@ inline std::vector<Fennel::Texture> makeBenchPictures(Fennel::TextureManager& ma
     std::vector<Fennel::Texture> pictures;
     Fennel::TextureFormat format;
     format.type = Fennel::TextureFormat::TEXTURE2D | Fennel::TextureFormat::MIPMAP;
-    for (const char* name : {"ballbg.jpg", "env.png", "font.png", "greets.png", "overlay.png", "sandrift.png",
-                             "sandrift_ghost.png", "scenese.png", "sun.png"})
+    for (const char* name :
+         {PictureFiles::LANDSCAPE, PictureFiles::ENVIRONMENT, PictureFiles::FONT, PictureFiles::GREETINGS,
+          PictureFiles::OVERLAY, PictureFiles::LOGO, PictureFiles::LOGO_GHOST, PictureFiles::BANNER, PictureFiles::SUN})
     {
         AM::Image image(new AM::ImageObject(0, 0, nullptr, nullptr, name));
         image->resize(1024, 512);

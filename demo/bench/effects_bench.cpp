@@ -59,6 +59,12 @@ void showCubes(Tidewheel::Effect3D& cubes)
     cubes.updateSpline(0, "alpha", 20);
 }
 
+// As many shells and lights as a script can ask for.
+void showMostOfBall(Tidewheel::Effect3D& ball)
+{
+    for (const char* name : {"layers", "count"}) ball.executeTrigger(0, name, "9999999");
+}
+
 void showFire(Tidewheel::Effect3D& fire)
 {
     fire.updateSpline(0, "intensity", 50);
@@ -73,6 +79,7 @@ void showLighting(Tidewheel::Effect3D& lighting)
 
 const Row rows[] = {
     {"ball", make<Ball>, nullptr},
+    {"ball, most", make<Ball>, showMostOfBall},
     {"blood", make<Blood>, nullptr},
     {"blur", make<RadialBlur>, nullptr},
     {"boolean", make<Boolean>, nullptr},
@@ -87,6 +94,7 @@ const Row rows[] = {
     {"infinity", make<Infinity>, nullptr},
     {"lighting", make<Lighting>, showLighting},
     {"lines", make<LinesScene>, nullptr},
+    {"lines, most", make<LinesScene>, [](Tidewheel::Effect3D& lines) { lines.executeTrigger(0, "count", "9999999"); }},
     {"loading", make<Loading>, nullptr},
     {"overlay", make<Overlay>, [](Tidewheel::Effect3D& overlay) { overlay.updateSpline(0, "alpha", 50); }},
     {"particles", make<ParticlesScene>, nullptr},

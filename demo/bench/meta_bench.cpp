@@ -1,4 +1,4 @@
-#include "fe_glfake.h"
+#include "gl_recorder.h"
 #include "fe_scenes.h"
 #include "meta.h"
 
@@ -16,7 +16,7 @@ namespace
 
 void metaFrame(benchmark::State& state)
 {
-    GLFake::reset();
+    GLRecorder::reset();
     Archives archives;
     archives.addPicture("env.png", makeImage(1, 1, {1, 2, 3, 4}));
     Fennel::TextureManager textures(&archives);
@@ -29,7 +29,7 @@ void metaFrame(benchmark::State& state)
     std::srand(38912);
     meta.setup(archives);
 
-    GLFake::gl.asleep = true;
+    GLRecorder::gl.asleep = true;
     double evaluations = 0;
     double cells = 0;
     for (auto _ : state)

@@ -26,8 +26,7 @@ void drawBoxFaces(float x, float y, float z, float half)
     const float zs[2] = {z - half, z + half};
     glBegin(GL_QUADS);
     for (const auto& face : faces)
-        for (const signed char(&corner)[3] : face)
-            glVertex3f(xs[corner[0] > 0], ys[corner[1] > 0], zs[corner[2] > 0]);
+        for (const signed char(&corner)[3] : face) glVertex3f(xs[corner[0] > 0], ys[corner[1] > 0], zs[corner[2] > 0]);
     glEnd();
 }
 

@@ -6,6 +6,9 @@
 #include "fe_texturemanager.h"
 #include "tw_glinclude.h"
 
+#include "frame_size.h"
+#include "picture_files.h"
+
 #include <algorithm>
 #include <climits>
 #include <cmath>
@@ -30,6 +33,13 @@ inline float readFloat(const std::string& text)
 inline int readInteger(const std::string& text)
 {
     return static_cast<int>(std::clamp<long>(std::strtol(text.c_str(), nullptr, 10), INT_MIN, INT_MAX));
+}
+
+// The same for how many things a frame is to draw, at most `most`: a slip of the hand in a script must not hold the
+// frame up for minutes. A count below 0 draws nothing.
+inline int readCount(const std::string& text, int most)
+{
+    return std::min(readInteger(text), most);
 }
 
 // Loads a picture from the archives as all effects want theirs: 2D, in the size of its file, with mipmap levels. A
@@ -95,6 +105,26 @@ public:
     PushedMatrix(const PushedMatrix&) = delete;
     PushedMatrix& operator=(const PushedMatrix&) = delete;
 };
+
+// The side of the textures that hold a copy of the frame, in their lower left corner.
+const int COPY_SIZE = 1024;
+
+// Copies the frame into the bound texture.
+inline void copyFrame()
+{
+    glCopyTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, 0, 0, FRAME_WIDTH, FRAME_HEIGHT);
+}
+
+// The perspective of the device with a near plane at 1, and no modelview matrix. It is not put back: the near plane
+// holds for the rest of the frame.
+inline void setNearPerspective()
+{
+    glMatrixMode(GL_PROJECTION);
+    glLoadIdentity();
+    gluPerspective(45, 1.33333333, 1, 100);
+    glMatrixMode(GL_MODELVIEW);
+    glLoadIdentity();
+}
 
 // Both filters of the bound 2D texture: GL_NEAREST or GL_LINEAR.
 inline void setTextureFilter(GLint filter)

@@ -1,7 +1,6 @@
 #pragma once
 
-// The bitmap font of the letter effects, "font.png": one row of glyphs, each in a column of 10 texels of a texture 1024
-// wide. The columns hold a to z, 0 to 9 and !?@:;.,()><-+*/\ in this order; there are no capitals.
+// The bitmap font of the letter effects, one row of glyphs; font_picture.h tells its layout. There are no capitals.
 
 // The width of a glyph in s: a little less than 9 of a column's 10 texels, which keeps the filter out of the next
 // glyph.

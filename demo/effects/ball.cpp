@@ -1,6 +1,7 @@
 #include "ball.h"
 
 #include "effect_helpers.h"
+#include "landscapeview.h"
 
 namespace
 {
@@ -8,6 +9,10 @@ namespace
 const int TEXTURESIZE = 128; // side of the sphere's texture
 const int PARTICLE_SIZE = 32;
 const float PIXEL = 0.0078125f; // 1 / TEXTURESIZE
+
+// Far beyond what a picture shows: drawn by the processor, a frame of so many takes some tenths of a second.
+const int MAX_LAYERS = 1000;
+const int MAX_COUNT = 10000;
 
 } // namespace
 
@@ -25,7 +30,7 @@ Ball::~Ball()
 
 void Ball::setup(AM::ArchiveManager&)
 {
-    mBackground = loadPicture(*mTextureManager, "ballbg.jpg");
+    mBackground = loadPicture(*mTextureManager, PictureFiles::LANDSCAPE);
 
     mQuadric = gluNewQuadric();
     gluQuadricNormals(mQuadric, GLU_SMOOTH);
@@ -59,9 +64,9 @@ void Ball::executeTrigger(float, const std::string& name, const std::string& val
     else if (name == "move")
         chooseTarget();
     else if (name == "layers")
-        mLayers = readInteger(value);
+        mLayers = readCount(value, MAX_LAYERS);
     else if (name == "count")
-        mCount = readInteger(value);
+        mCount = readCount(value, MAX_COUNT);
 }
 
 void Ball::updateSpline(float, const std::string& name, float value)
@@ -125,7 +130,7 @@ void Ball::drawParticles(float time)
     glBindTexture(GL_TEXTURE_2D, mSphereTexture);
     GL_CHECKED(glCopyTexImage2D(GL_TEXTURE_2D, 0, GL_RGB, 0, 0, TEXTURESIZE, TEXTURESIZE, 0));
 
-    glViewport(0, 0, 800, 600);
+    glViewport(0, 0, FRAME_WIDTH, FRAME_HEIGHT);
     glMatrixMode(GL_PROJECTION);
     glPopMatrix();
     glMatrixMode(GL_MODELVIEW);
@@ -146,7 +151,7 @@ void Ball::chooseTarget()
     } while (way.x * way.x + way.y * way.y + way.z * way.z <= 4);
 }
 
-// The window of 0.353515625 of the picture's width pans across it once in the length of the entry.
+// The window pans across it once in the length of the entry.
 void Ball::drawBackground(float position) const
 {
     glEnable(GL_TEXTURE_2D);
@@ -157,10 +162,9 @@ void Ball::drawBackground(float position) const
 
     glLoadIdentity();
     glColor3f(1, 1, 1);
-    glTranslatef(0, 0, -2.4f);
-    glScalef(1.333f, 0.8453039f, 1);
-    const float s = position * 0.646484375f;
-    drawStrip(s, 0, s + 0.353515625f, 0.896484375f, 1, 1);
+    placeLandscape();
+    const float s = position * (1 - LANDSCAPE_S);
+    drawStrip(s, 0, s + LANDSCAPE_S, LANDSCAPE_T, 1, 1);
 }
 
 // The solid core, then the shells, which grow by the same factor each and add up.

@@ -9,6 +9,11 @@ namespace
 {
 
 const float TILE_WIDTH = 1.33333f; // the height is 1
+const int TILES = 10;              // a row and a column
+
+// A tile's share of the texture that holds the picture.
+const float TILE_S = static_cast<float>(FRAME_WIDTH) / TILES / COPY_SIZE;
+const float TILE_T = static_cast<float>(FRAME_HEIGHT) / TILES / COPY_SIZE;
 
 void drawDimmingLayer()
 {
@@ -47,10 +52,10 @@ void turnTile(float v)
 void drawTile(int i, int j, float v)
 {
     const float sine = std::sin(v * 3.1415927f * 0.5f);
-    const float s0 = j * 0.078125f; // a tenth of the picture's 800 in 1024
-    const float t0 = i * 0.05859375f;
-    const float s1 = s0 + 0.078125f;
-    const float t1 = t0 + 0.05859375f;
+    const float s0 = j * TILE_S;
+    const float t0 = i * TILE_T;
+    const float s1 = s0 + TILE_S;
+    const float t1 = t0 + TILE_T;
 
     glColor4f(1, 1, 1, 1 - 0.8f * sine);
     glBegin(GL_TRIANGLE_STRIP);
@@ -122,11 +127,11 @@ void CrashScene::update(float time, float, float)
 void CrashScene::drawTiles(float v)
 {
     glLoadIdentity();
-    for (int i = 0; i < 10; ++i)
+    for (int i = 0; i < TILES; ++i)
     {
         const float y = -5.0f + i;
         float x = -6.66665f;
-        for (int j = 0; j < 10; ++j, x += TILE_WIDTH)
+        for (int j = 0; j < TILES; ++j, x += TILE_WIDTH)
         {
             glEnable(GL_TEXTURE_2D);
             glEnable(GL_BLEND);

@@ -2,22 +2,24 @@
 
 #include "effect_helpers.h"
 
-const char* const Greetings::greets[16] = {"lanterns",  "mirth",      "sprout",       "crane",
-                                           "thicket",   "tundrans",   "paper mangle", "ironbloom",
-                                           "windmills", "rainglass",  "hxq",          "analogue harvest",
-                                           "qvr",       "moonferric", "gravel",       "drovers"};
+namespace
+{
+
+const float ROW = 1.0f / GREETING_ROWS; // in t
+
+} // namespace
 
 void Greetings::setup(AM::ArchiveManager&)
 {
-    mPicture = loadPicture(*mTextureManager, "greets.png");
+    mPicture = loadPicture(*mTextureManager, PictureFiles::GREETINGS);
 }
 
 void Greetings::executeTrigger(float, const std::string& name, const std::string& value)
 {
     if (name == "text")
     {
-        for (int i = 0; i < 16; ++i)
-            if (value == greets[i]) mRow = i * 0.0625f; // 32 texels of 512
+        for (int i = 0; i < GREETING_ROWS; ++i)
+            if (value == greets[i]) mRow = i * ROW;
     }
     else if (name == "size")
         mSize = readFloat(value);
@@ -55,7 +57,7 @@ void Greetings::update(float, float, float)
     glTranslatef(0.5f * mPosX + 0.3f, mPosY, -1.2f);
     glColor4f(mRed, mGreen, mBlue, mAlpha);
     const float margin = 0.0017f; // keeps the filter out of the neighbouring rows
-    drawStrip(0, mRow + margin, 1, mRow + 0.0625f - margin, 64 * mSize, mSize);
+    drawStrip(0, mRow + margin, 1, mRow + ROW - margin, 64 * mSize, mSize);
 
     glDisable(GL_TEXTURE_2D);
     glEnable(GL_LIGHTING);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "greeting_names.h"
+
 #include "fe_texture.h"
 #include "tw_effect3d.h"
 
@@ -13,7 +15,7 @@
 class Greetings : public Tidewheel::Effect3D
 {
 public:
-    static const char* const greets[16]; // in the order of their rows in the picture
+    static constexpr const char* const (&greets)[GREETING_ROWS] = GREETING_NAMES; // in the order of their rows
 
     void setup(AM::ArchiveManager& archive) override;
     void executeTrigger(float time, const std::string& name, const std::string& value) override;

@@ -26,7 +26,7 @@ void enableFog()
 
 void Hypno::setup(AM::ArchiveManager&)
 {
-    mFont = loadPicture(*mTextureManager, "font.png");
+    mFont = loadPicture(*mTextureManager, PictureFiles::FONT);
 
     mLetters.clear();
     for (const char* character = text; *character; ++character)

@@ -2,6 +2,14 @@
 
 #include "effect_helpers.h"
 
+namespace
+{
+
+// Forty for each place on the screen: drawn by the processor, such a frame takes some tenths of a second.
+const int MAX_COUNT = 10000;
+
+} // namespace
+
 LinesScene::~LinesScene()
 {
     if (mList) glDeleteLists(mList, 1);
@@ -17,7 +25,7 @@ void LinesScene::setup(AM::ArchiveManager&)
 
 void LinesScene::executeTrigger(float, const std::string& name, const std::string& value)
 {
-    if (name == "count") mCount = readInteger(value);
+    if (name == "count") mCount = readCount(value, MAX_COUNT);
 }
 
 void LinesScene::updateSpline(float, const std::string& name, float value)

@@ -21,7 +21,7 @@ int lastCharacter(float position)
 
 void Loading::setup(AM::ArchiveManager&)
 {
-    mFont = loadPicture(*mTextureManager, "font.png");
+    mFont = loadPicture(*mTextureManager, PictureFiles::FONT);
 }
 
 void Loading::update(float, float, float position)

@@ -84,7 +84,7 @@ void Meta::setup(AM::ArchiveManager&)
         mBalls[i].position = randomPoint();
         mBalls[i].target = randomPoint();
     }
-    mPicture = loadPicture(*mTextureManager, "env.png");
+    mPicture = loadPicture(*mTextureManager, PictureFiles::ENVIRONMENT);
 }
 
 void Meta::update(float, float delta, float)

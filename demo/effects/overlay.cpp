@@ -4,7 +4,7 @@
 
 void Overlay::setup(AM::ArchiveManager&)
 {
-    mPicture = loadPicture(*mTextureManager, "overlay.png");
+    mPicture = loadPicture(*mTextureManager, PictureFiles::OVERLAY);
 }
 
 void Overlay::updateSpline(float, const std::string& name, float value)

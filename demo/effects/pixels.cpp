@@ -62,7 +62,7 @@ void Pixels::update(float, float, float)
     static unsigned char pixels[SIDE * SIDE * 3];
     glReadPixels(0, 0, SIDE, SIDE, GL_RGB, GL_UNSIGNED_BYTE, pixels);
 
-    glViewport(0, 0, 800, 600);
+    glViewport(0, 0, FRAME_WIDTH, FRAME_HEIGHT);
     glLoadIdentity();
     glDisable(GL_BLEND);
     glDisable(GL_DEPTH_TEST);

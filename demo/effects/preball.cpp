@@ -1,6 +1,7 @@
 #include "preball.h"
 
 #include "effect_helpers.h"
+#include "landscapeview.h"
 
 namespace
 {
@@ -22,7 +23,7 @@ void drawBar()
 
 void PreBall::setup(AM::ArchiveManager&)
 {
-    mPicture = loadPicture(*mTextureManager, "ballbg.jpg");
+    mPicture = loadPicture(*mTextureManager, PictureFiles::LANDSCAPE);
 }
 
 void PreBall::update(float, float, float position)
@@ -36,8 +37,7 @@ void PreBall::update(float, float, float position)
 
     glLoadIdentity();
     glColor4f(1, 1, 1, 1);
-    glTranslatef(0, 0, -2.4f);
-    glScalef(1.333f, 0.8453039f, 1);
+    placeLandscape();
     for (int row = 0; row < ROWS; ++row)
         for (int column = 0; column < COLUMNS; ++column) drawTile(row, column, position);
 
@@ -53,10 +53,10 @@ void PreBall::drawTile(int row, int column, float position)
 
     const float rf = static_cast<float>(row) / ROWS;
     const float cf = static_cast<float>(column) / COLUMNS;
-    const float s0 = 0.353515625f * cf;
-    const float s1 = s0 + 0.017675782f;
-    const float t0 = 0.896484375f * rf + (1 - grown) / 10;
-    const float t1 = t0 + 0.059765626f;
+    const float s0 = LANDSCAPE_S * cf;
+    const float s1 = s0 + LANDSCAPE_S / COLUMNS;
+    const float t0 = LANDSCAPE_T * rf + (1 - grown) / 10;
+    const float t1 = t0 + LANDSCAPE_T / ROWS;
     const float x0 = 2 * cf - 1;
     const float x1 = x0 + 0.1f * grown;
     const float y0 = 1 - 2 * rf;

@@ -14,10 +14,11 @@ void RadialBlur::setup(AM::ArchiveManager&)
     mStep = 1.05f;
     mLowStep = 1.0f;
 
-    mScratch.resize(1024 * 1024 * 3);
+    mScratch.resize(COPY_SIZE * COPY_SIZE * 3);
     glGenTextures(1, &mTexture);
     glBindTexture(GL_TEXTURE_2D, mTexture);
-    GL_CHECKED(glTexImage2D(GL_TEXTURE_2D, 0, GL_RGB, 1024, 1024, 0, GL_RGB, GL_UNSIGNED_BYTE, mScratch.data()));
+    GL_CHECKED(
+        glTexImage2D(GL_TEXTURE_2D, 0, GL_RGB, COPY_SIZE, COPY_SIZE, 0, GL_RGB, GL_UNSIGNED_BYTE, mScratch.data()));
     GL_CHECKED(glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR));
     GL_CHECKED(glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR));
 
@@ -25,7 +26,9 @@ void RadialBlur::setup(AM::ArchiveManager&)
     GL_CHECKED(mList = glGenLists(1));
     GL_CHECKED(glNewList(mList, GL_COMPILE));
     glScalef(1.333f, 1, 1);
-    drawStrip(0, 600 / 1024.0f, 800 / 1024.0f, 0, 1, 1, -2.414f);
+    const float right = static_cast<float>(FRAME_WIDTH) / COPY_SIZE;
+    const float top = static_cast<float>(FRAME_HEIGHT) / COPY_SIZE;
+    drawStrip(0, top, right, 0, 1, 1, -2.414f);
     GL_REPORT_ERROR(__FILE__, __LINE__, "glEnd()");
     GL_CHECKED(glEndList());
 }
@@ -44,18 +47,13 @@ void RadialBlur::executeTrigger(float time, const std::string& name, const std::
         mFalloffStart = time;
 }
 
-// The projection is set and not put back: its near plane of 1 holds for the rest of the frame.
 void RadialBlur::update(float time, float, float)
 {
     const float falloff = std::max(1 - (time - mFalloffStart) * mFalloffSpeed, 0.0f);
     const float step = std::max(falloff * mStep, mLowStep);
 
     glBindTexture(GL_TEXTURE_2D, mTexture);
-    glMatrixMode(GL_PROJECTION);
-    glLoadIdentity();
-    gluPerspective(45, 1.33333333, 1, 100);
-    glMatrixMode(GL_MODELVIEW);
-    glLoadIdentity();
+    setNearPerspective();
 
     glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
     glEnable(GL_BLEND);
@@ -72,5 +70,5 @@ void RadialBlur::update(float time, float, float)
     glDisable(GL_TEXTURE_2D);
     glEnable(GL_LIGHTING);
     glEnable(GL_DEPTH_TEST);
-    glCopyTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, 0, 0, 800, 600);
+    copyFrame();
 }

@@ -4,8 +4,8 @@
 
 void Sandrift::setup(AM::ArchiveManager&)
 {
-    mPictures[0] = loadPicture(*mTextureManager, "sandrift_ghost.png");
-    mPictures[1] = loadPicture(*mTextureManager, "sandrift.png");
+    mPictures[0] = loadPicture(*mTextureManager, PictureFiles::LOGO_GHOST);
+    mPictures[1] = loadPicture(*mTextureManager, PictureFiles::LOGO);
 }
 
 void Sandrift::resetTriggers()

@@ -4,7 +4,7 @@
 
 void Scenese::setup(AM::ArchiveManager&)
 {
-    mPicture = loadPicture(*mTextureManager, "scenese.png");
+    mPicture = loadPicture(*mTextureManager, PictureFiles::BANNER);
 }
 
 void Scenese::executeTrigger(float time, const std::string& name, const std::string& value)

@@ -11,7 +11,7 @@ const int STARS = 2000;
 
 void Sun::setup(AM::ArchiveManager&)
 {
-    mTexture = loadPicture(*mTextureManager, "sun.png");
+    mTexture = loadPicture(*mTextureManager, PictureFiles::SUN);
     for (int i = 0; i < STARS; ++i)
     {
         auto star = std::make_unique<stardate>();

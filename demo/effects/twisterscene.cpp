@@ -39,12 +39,7 @@ void TwisterScene::update(float time, float, float)
     glDisable(GL_LIGHTING);
     glEnable(GL_TEXTURE_2D);
 
-    // The projection is set and not put back: its near plane of 1 holds for the rest of the frame.
-    glMatrixMode(GL_PROJECTION);
-    glLoadIdentity();
-    gluPerspective(45, 1.33333333, 1, 100);
-    glMatrixMode(GL_MODELVIEW);
-    glLoadIdentity();
+    setNearPerspective();
     glColor3f(1, 1, 1);
 
     twist(time);

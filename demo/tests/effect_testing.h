@@ -1,6 +1,7 @@
 #pragma once
 
 #include "gl_recorder.h"
+#include "picture_files.h"
 
 #include "am.h"
 #include "fe_texturemanager.h"
@@ -17,8 +18,10 @@ class Stage
 public:
     Stage()
     {
-        for (const char* name : {"ballbg.jpg", "env.png", "font.png", "greets.png", "overlay.png", "sandrift.png",
-                                 "sandrift_ghost.png", "scenese.png", "sun.png"})
+        GLRecorder::reset();
+        for (const char* name : {PictureFiles::LANDSCAPE, PictureFiles::ENVIRONMENT, PictureFiles::FONT,
+                                 PictureFiles::GREETINGS, PictureFiles::OVERLAY, PictureFiles::LOGO,
+                                 PictureFiles::LOGO_GHOST, PictureFiles::BANNER, PictureFiles::SUN})
         {
             AM::Image image(new AM::ImageObject(0, 0, nullptr, nullptr, name));
             image->resize(2, 2);
@@ -46,9 +49,6 @@ public:
         for (GLenum mode : {GL_MODELVIEW, GL_PROJECTION}) EXPECT_LE(GLRecorder::gl.state.stacks[mode].size(), 1u);
     }
 
-    // The GL name of a picture.
-    GLuint name(const std::string& picture) { return mPictures[picture]->getSortableID(); }
-
     AM::ArchiveManager mArchives;
     Fennel::TextureManager mTextures{&mArchives};
     std::map<std::string, Fennel::Texture> mPictures;
@@ -58,24 +58,4 @@ public:
 inline void trigger(Tidewheel::Effect3D& effect, const std::string& name, const std::string& value = "", float time = 0)
 {
     effect.executeTrigger(time, name, value);
-}
-
-// The next random number as effects take it, from 0 to 1.
-inline float nextUnit()
-{
-    return static_cast<float>(std::rand()) / 2147483648.0f;
-}
-
-// Of a cube's 24 corners, about `centre`: the distance of a face times its area, below 0 for one that faces inward.
-inline float outward(const std::vector<GLRecorder::Vertex>& corners, size_t face, const float (&centre)[3])
-{
-    float a[3], b[3], middle[3];
-    for (int i = 0; i < 3; ++i)
-    {
-        a[i] = corners[4 * face + 1].eye[i] - corners[4 * face].eye[i];
-        b[i] = corners[4 * face + 2].eye[i] - corners[4 * face + 1].eye[i];
-        middle[i] = (corners[4 * face].eye[i] + corners[4 * face + 2].eye[i]) / 2 - centre[i];
-    }
-    return middle[0] * (a[1] * b[2] - a[2] * b[1]) + middle[1] * (a[2] * b[0] - a[0] * b[2]) +
-           middle[2] * (a[0] * b[1] - a[1] * b[0]);
 }

@@ -5,28 +5,17 @@
 #include "blood.h"
 #include "boolean.h"
 #include "circle.h"
-#include "clear.h"
 #include "crashscene.h"
 #include "flash.h"
 #include "greetings.h"
-#include "loading.h"
 #include "overlay.h"
 #include "pixels.h"
 #include "radialblur.h"
 #include "render2texture.h"
-#include "static.h"
 #include "stencil.h"
 #include "stencilop.h"
 
 using Pictures = EffectWindow;
-
-TEST_F(Pictures, clearGivesPureColour)
-{
-    Clear clear;
-    clear.executeTrigger(0, "color", "255000000");
-    frame([&] { clear.update(0, 0, 0); });
-    for (int corner : {0, 799}) EXPECT_TRUE(isColor(corner, corner * 599 / 799, 0xff0000, 0));
-}
 
 TEST_F(Pictures, overlayStandsUprightAndLetsThrough)
 {
@@ -74,19 +63,6 @@ TEST_F(Pictures, aMaskCutsWhatComesAfterIt)
         EXPECT_TRUE(isColor(400 + 190, 300, entry.outside));
         EXPECT_TRUE(isColor(5, 5, entry.outside));
     }
-}
-
-TEST_F(Pictures, staticDarkensByHalfOnAverage)
-{
-    Static noise;
-    setup(noise);
-    frame([&] {
-        fill(0, 0, 800, 600, 0xffffff);
-        noise.update(0, 0, 0);
-    });
-    double sum = 0;
-    for (unsigned char component : mPixels) sum += component;
-    EXPECT_NEAR(sum / static_cast<double>(mPixels.size()), 128, 3);
 }
 
 TEST_F(Pictures, bloodBeginsAtTheTop)
@@ -192,19 +168,4 @@ TEST_F(Pictures, greetingsShowNothingOfTheNeighbouringRows)
         for (int y : {181, 300, 419}) EXPECT_TRUE(isColor(400, y, color)) << row; // 0.2 at 1.2: 121 pixels
         EXPECT_TRUE(isColor(400, 175, 0x000000));
     }
-}
-
-TEST_F(Pictures, loadingTakesItsLettersFromTheFont)
-{
-    addPicture("font.png", 1024, 16, [](int x, int) { return x / 10 == 4 ? 0xffffffff : 0x00ffffff; }); // only the e
-    Loading loading;
-    setup(loading);
-    frame([&] { loading.update(0, 0, 1); });
-    const std::string text = "entering sandrift underground";
-    for (int i = 0; i < 29; ++i)
-    {
-        const int x = 400 + static_cast<int>((0.02f * i - 0.265f) * 724.26f);
-        EXPECT_EQ(at(x, 300)[0] > 0, text[i] == 'e') << i;
-    }
-    EXPECT_TRUE(isColor(208, 300, 0xe6e6b8, 3)); // white, white and 0.8, at 0.9
 }

@@ -2,6 +2,9 @@
 
 #include "pictures.h"
 
+#include "font_picture.h"
+#include "greeting_names.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -158,13 +161,10 @@ Canvas banner()
 // White on clear, so that the effect's own colour shows. Each name keeps clear of the rows above and below.
 Canvas greetings()
 {
-    static const char* const names[16] = {"lanterns",  "mirth",     "sprout", "crane",            "thicket", "tundrans",
-                                          "paper mangle", "ironbloom", "windmills", "rainglass",  "hxq",     "analogue harvest",
-                                          "qvr",       "moonferric", "gravel", "drovers"};
-    const int width = 2048, height = 512, row = 32;
+    const int width = 2048, row = 32, height = GREETING_ROWS * row;
     Mask letters(width, height);
-    for (int i = 0; i < 16; i++)
-        setType(letters, {"Jura SemiBold", 23.0, 2.5, 1.0}, names[i], width / 2.0, i * row + 22.0);
+    for (int i = 0; i < GREETING_ROWS; i++)
+        setType(letters, {"Jura SemiBold", 23.0, 2.5, 1.0}, GREETING_NAMES[i], width / 2.0, i * row + 22.0);
     Canvas canvas(width, height, {1.0f, 1.0f, 1.0f}, 0.0f);
     for (int y = 0; y < height; y++)
         for (int x = 0; x < width; x++) canvas.at(x, y).alpha = letters.at(x, y);
@@ -175,8 +175,8 @@ Canvas greetings()
 // is set narrow here; and it is drawn eight times as large and taken down, for even strokes at this size.
 Canvas glyphRow()
 {
-    static const std::string letters = "abcdefghijklmnopqrstuvwxyz0123456789!?@:;.,()><-+*/\\";
-    const int width = 1024, height = 16, column = 10, glyph = 9, fine = 8;
+    static const std::string letters = FONT_LETTERS;
+    const int width = FONT_WIDTH, height = FONT_HEIGHT, column = FONT_COLUMN, glyph = FONT_COLUMN - 1, fine = 8;
     const Type type = {"Jura SemiBold", 13.6 * fine, 0.0, 0.80};
     Canvas canvas(width, height, {1.0f, 1.0f, 1.0f}, 0.0f);
     for (std::size_t i = 0; i < letters.size(); i++)

@@ -4,6 +4,8 @@
 
 #include "pictures.h"
 
+#include "picture_files.h"
+
 #include <cstdio>
 #include <exception>
 #include <string>
@@ -19,23 +21,23 @@ struct Picture
 };
 
 const Picture pictures[] = {
-    {"overlay.png", Paint::overlay, true},
-    {"sandrift.png", Paint::logo, true},
-    {"sandrift_ghost.png", Paint::logoGhost, true},
-    {"scenese.png", Paint::banner, false},
-    {"greets.png", Paint::greetings, true},
-    {"font.png", Paint::glyphRow, true},
-    {"ballbg.jpg", Paint::ballScenery, false},
-    {"sun.png", Paint::sunSpark, true},
-    {"env.png", Paint::environment, false},
-    {"ice.png", Paint::iceSurface, false},
-    {"snow.png", Paint::snowSurface, false},
-    {"stone.png", Paint::stoneSurface, false},
-    {"floor.png", Paint::floorSurface, false},
-    {"window.png", Paint::windowGlass, false},
-    {"rose.png", Paint::roseWindow, false},
-    {"flame.png", Paint::flameBody, false},
-    {"sky.png", Paint::skyDome, false},
+    {PictureFiles::OVERLAY, Paint::overlay, true},
+    {PictureFiles::LOGO, Paint::logo, true},
+    {PictureFiles::LOGO_GHOST, Paint::logoGhost, true},
+    {PictureFiles::BANNER, Paint::banner, false},
+    {PictureFiles::GREETINGS, Paint::greetings, true},
+    {PictureFiles::FONT, Paint::glyphRow, true},
+    {PictureFiles::LANDSCAPE, Paint::ballScenery, false},
+    {PictureFiles::SUN, Paint::sunSpark, true},
+    {PictureFiles::ENVIRONMENT, Paint::environment, false},
+    {PictureFiles::ICE, Paint::iceSurface, false},
+    {PictureFiles::SNOW, Paint::snowSurface, false},
+    {PictureFiles::STONE, Paint::stoneSurface, false},
+    {PictureFiles::FLOOR, Paint::floorSurface, false},
+    {PictureFiles::WINDOW, Paint::windowGlass, false},
+    {PictureFiles::ROSE, Paint::roseWindow, false},
+    {PictureFiles::FLAME, Paint::flameBody, false},
+    {PictureFiles::SKY, Paint::skyDome, false},
 };
 
 } // namespace

@@ -2,17 +2,19 @@
 
 #include "pictures.h"
 
+#include "landscape.h"
+
 #include <algorithm>
 #include <cmath>
 
 namespace Paint
 {
 
-// Ridges behind ridges under an aurora, drawn for a pan: 2048 texels wide, of which the effect shows 724 at a time, and
-// only the upper 459 rows.
+// Ridges behind ridges under an aurora, drawn for a pan: the effect shows a part of the width at a time, and of
+// the height the upper rows only.
 Canvas ballScenery()
 {
-    const int width = 2048, height = 512, shown = 459;
+    const int width = LANDSCAPE_WIDTH, height = LANDSCAPE_HEIGHT, shown = LANDSCAPE_SHOWN_HEIGHT;
     Canvas canvas(width, height, abyss, 1.0f);
     for (int x = 0; x < width; x++)
     {

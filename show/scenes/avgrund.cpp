@@ -1,5 +1,7 @@
 #include "scenes.h"
 
+#include "picture_files.h"
+
 #include <cmath>
 #include <cstdlib>
 
@@ -195,19 +197,19 @@ float unit()
 void makeMaterials(Builder& b)
 {
     const Vector3f none;
-    b.shadeless("sky", Vector3f(1, 1, 1), "sky.png");
-    b.material("snow", Vector3f(0.62f, 0.76f, 0.88f), Vector3f(0.30f, 0.45f, 0.60f), Vector3f(0.1f, 0.12f, 0.15f), 20, Vector3f(0.02f, 0.04f, 0.07f), "snow.png");
-    b.material("mountain", Vector3f(0.34f, 0.50f, 0.64f), Vector3f(0.25f, 0.40f, 0.55f), none, 10, Vector3f(0.025f, 0.06f, 0.095f), "snow.png");
-    b.material("meltwater", Vector3f(0.10f, 0.26f, 0.36f), none, Vector3f(0.7f, 0.85f, 0.95f), 90, Vector3f(0.004f, 0.012f, 0.02f), "ice.png");
-    b.material("crystal", Vector3f(0.60f, 0.85f, 0.95f), Vector3f(0.2f, 0.4f, 0.5f), Vector3f(0.9f, 0.95f, 1.0f), 110, Vector3f(0.03f, 0.07f, 0.10f), "ice.png");
-    b.material("ember", Vector3f(0.9f, 0.40f, 0.16f), none, Vector3f(1.0f, 0.7f, 0.4f), 60, Vector3f(0.30f, 0.055f, 0.012f), "ice.png");
+    b.shadeless("sky", Vector3f(1, 1, 1), PictureFiles::SKY);
+    b.material("snow", Vector3f(0.62f, 0.76f, 0.88f), Vector3f(0.30f, 0.45f, 0.60f), Vector3f(0.1f, 0.12f, 0.15f), 20, Vector3f(0.02f, 0.04f, 0.07f), PictureFiles::SNOW);
+    b.material("mountain", Vector3f(0.34f, 0.50f, 0.64f), Vector3f(0.25f, 0.40f, 0.55f), none, 10, Vector3f(0.025f, 0.06f, 0.095f), PictureFiles::SNOW);
+    b.material("meltwater", Vector3f(0.10f, 0.26f, 0.36f), none, Vector3f(0.7f, 0.85f, 0.95f), 90, Vector3f(0.004f, 0.012f, 0.02f), PictureFiles::ICE);
+    b.material("crystal", Vector3f(0.60f, 0.85f, 0.95f), Vector3f(0.2f, 0.4f, 0.5f), Vector3f(0.9f, 0.95f, 1.0f), 110, Vector3f(0.03f, 0.07f, 0.10f), PictureFiles::ICE);
+    b.material("ember", Vector3f(0.9f, 0.40f, 0.16f), none, Vector3f(1.0f, 0.7f, 0.4f), 60, Vector3f(0.30f, 0.055f, 0.012f), PictureFiles::ICE);
     b.material("heart", Vector3f(0.9f, 0.42f, 0.15f), none, Vector3f(1.0f, 0.8f, 0.5f), 40, Vector3f(0.58f, 0.13f, 0.03f), "");
     // The walls: pale ice above, deep blue below, the haze of depth in what they send out themselves.
     for (int i = 0; i < 6; i++)
     {
         const float d = float(i) / 5.0f;
         b.material("ice" + std::to_string(i), mix(Vector3f(0.74f, 0.88f, 0.95f), Vector3f(0.36f, 0.56f, 0.72f), d), mix(Vector3f(0.25f, 0.42f, 0.52f), Vector3f(0.02f, 0.06f, 0.1f), d),
-                   Vector3f(0.45f, 0.55f, 0.6f), 70, mix(Vector3f(0.015f, 0.05f, 0.08f), Vector3f(0.006f, 0.022f, 0.042f), d), "ice.png");
+                   Vector3f(0.45f, 0.55f, 0.6f), 70, mix(Vector3f(0.015f, 0.05f, 0.08f), Vector3f(0.006f, 0.022f, 0.042f), d), PictureFiles::ICE);
     }
 }
 

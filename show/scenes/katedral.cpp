@@ -1,5 +1,7 @@
 #include "scenes.h"
 
+#include "picture_files.h"
+
 #include <cmath>
 
 namespace Scenes
@@ -256,15 +258,15 @@ float unit()
 void makeMaterials(Builder& b)
 {
     const Vector3f none, dim(0.55f, 0.75f, 1.0f), deep(0.012f, 0.020f, 0.034f);
-    b.material("stone", Vector3f(0.82f, 0.88f, 0.95f), dim, Vector3f(0.2f, 0.24f, 0.3f), 40, deep, "stone.png");
-    b.material("wall", Vector3f(0.66f, 0.74f, 0.84f), dim, none, 10, deep, "stone.png");
-    b.material("vault", Vector3f(0.50f, 0.60f, 0.74f), dim, none, 10, Vector3f(0.012f, 0.022f, 0.04f), "stone.png");
-    b.material("floor", Vector3f(0.85f, 0.92f, 1.0f), dim, Vector3f(0.8f, 0.85f, 0.9f), 90, deep, "floor.png");
-    b.material("icicle", Vector3f(0.55f, 0.80f, 0.92f), Vector3f(0.2f, 0.3f, 0.4f), Vector3f(0.95f, 1.0f, 1.0f), 120, Vector3f(0.03f, 0.08f, 0.12f), "ice.png");
+    b.material("stone", Vector3f(0.82f, 0.88f, 0.95f), dim, Vector3f(0.2f, 0.24f, 0.3f), 40, deep, PictureFiles::STONE);
+    b.material("wall", Vector3f(0.66f, 0.74f, 0.84f), dim, none, 10, deep, PictureFiles::STONE);
+    b.material("vault", Vector3f(0.50f, 0.60f, 0.74f), dim, none, 10, Vector3f(0.012f, 0.022f, 0.04f), PictureFiles::STONE);
+    b.material("floor", Vector3f(0.85f, 0.92f, 1.0f), dim, Vector3f(0.8f, 0.85f, 0.9f), 90, deep, PictureFiles::FLOOR);
+    b.material("icicle", Vector3f(0.55f, 0.80f, 0.92f), Vector3f(0.2f, 0.3f, 0.4f), Vector3f(0.95f, 1.0f, 1.0f), 120, Vector3f(0.03f, 0.08f, 0.12f), PictureFiles::ICE);
     b.material("metal", Vector3f(0.30f, 0.24f, 0.20f), dim, Vector3f(0.9f, 0.7f, 0.5f), 100, none, "");
-    b.shadeless("window", Vector3f(0.95f, 1.0f, 1.0f), "window.png");
-    b.shadeless("rose", Vector3f(1, 1, 1), "rose.png");
-    b.shadeless("flame", Vector3f(1, 1, 1), "flame.png");
+    b.shadeless("window", Vector3f(0.95f, 1.0f, 1.0f), PictureFiles::WINDOW);
+    b.shadeless("rose", Vector3f(1, 1, 1), PictureFiles::ROSE);
+    b.shadeless("flame", Vector3f(1, 1, 1), PictureFiles::FLAME);
     
 }
 

@@ -1,5 +1,5 @@
 #include "fe_camera.h"
-#include "fe_glfake.h"
+#include "gl_recorder.h"
 #include "fe_scenes.h"
 #include "fe_sorrel.h"
 
@@ -76,7 +76,7 @@ class FrameScene
 public:
     FrameScene()
     {
-        GLFake::reset();
+        GLRecorder::reset();
         SceneFile file;
         addMaterials(file, archives, 16);
         for (int i = 0; i < meshes; ++i) addSheet(file, "mesh" + std::to_string(i), "m" + std::to_string(i % materials), 4);
@@ -98,7 +98,7 @@ public:
         file.camera(nullptr, "camera", {0, 0, 10});
         file.store(archives);
         engine.load(archives, "scene.xml");
-        GLFake::gl.asleep = true;
+        GLRecorder::gl.asleep = true;
         engine.updateKeyframing(0);
     }
 
@@ -157,7 +157,7 @@ BENCHMARK(wholeFrame)->Unit(benchmark::kMicrosecond);
 // file lies in memory; the stand-in for OpenGL copies what is uploaded, as a driver does.
 void loadFiftyMegabytes(benchmark::State& state)
 {
-    GLFake::reset();
+    GLRecorder::reset();
     Archives archives;
     {
         SceneFile file;

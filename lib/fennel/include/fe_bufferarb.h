@@ -2,8 +2,6 @@
 
 #include "tw_glinclude.h"
 
-#include <cstddef>
-
 namespace Fennel
 {
 
@@ -14,12 +12,6 @@ public:
     BufferARB(GLuint name, GLenum contents) : ID(name), format(contents) {}
     BufferARB(const BufferARB&) = delete;
     BufferARB& operator=(const BufferARB&) = delete;
-
-    // Render jobs are sorted by the addresses of their buffers, and where surfaces touch, the order of drawing shows in
-    // single pixels. So the objects lie in one block, each in the foremost free place: as long as the block lasts,
-    // addresses follow the order of creation, and every run draws the same picture.
-    static void* operator new(std::size_t size);
-    static void operator delete(void* memory);
 
     // One user less; the last one deletes the GL buffer and this object. Unchecked, since destructors come here.
     void release()
@@ -33,7 +25,13 @@ public:
     GLenum format;              // interleaved format of vertices, or type of indices
     unsigned int mRefCount = 1; // users
 
+    // Counts up from buffer to buffer. Render jobs are sorted by it: where surfaces touch, the order of drawing shows
+    // in single pixels, and so every run draws the same picture.
+    const unsigned long mNumber = ++sLastNumber;
+
 private:
+    inline static unsigned long sLastNumber = 0;
+
     ~BufferARB() {}
 };
 

@@ -12,7 +12,8 @@ class Submesh;
 
 // The draw jobs of one frame, in this order: clear, add as often as needed, sort, render. Sorted, jobs with the same
 // buffers stand together, and among those the ones with the same texture, so that each job changes as little GL state
-// as the one before it leaves possible. The order between different buffers means nothing and differs between runs.
+// as the one before it leaves possible. Among different buffers the older ones come first, so that each run draws the
+// same.
 class RenderManager
 {
 public:

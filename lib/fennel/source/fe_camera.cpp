@@ -1,5 +1,7 @@
 #include "fe_camera.h"
 
+#include "fe_nodematrix.h"
+
 #include "tw_glinclude.h"
 
 #include <cmath>
@@ -44,14 +46,8 @@ MathBase::Matrix4x4Col projection(float fov, float aspect, float nearPlane)
 
 void Camera::updateMatrices()
 {
-    // The scale applies after the rotation, along the axes of the world. The quarter turn takes GL's camera, which
-    // looks along negative z, to the scene's, which looks along negative y.
-    mMatCamera.setFromQuat(mRotation);
-    for (int row = 0; row < 3; ++row)
-    {
-        for (int column = 0; column < 3; ++column) mMatCamera[4 * column + row] *= mScale[row];
-        mMatCamera[12 + row] = mPosition[row];
-    }
+    // The quarter turn takes GL's camera, which looks along negative z, to the scene's, which looks along negative y.
+    mMatCamera = nodeMatrix(mRotation, mScale, mPosition);
     mMatCamera.multiplyFromRight(rotationAboutX(-quarterTurn));
 
     MathBase::Quatf inverse = mRotation;

@@ -7,7 +7,7 @@
 
 #include <algorithm>
 #include <cassert>
-#include <functional>
+#include <utility>
 
 namespace Fennel
 {
@@ -28,11 +28,11 @@ bool RenderManager::Job::operator<(const Job& other) const
 {
     if (submesh != other.submesh)
     {
-        const std::less<const BufferARB*> before;
-        if (submesh->mVertexBuffer != other.submesh->mVertexBuffer)
-            return before(submesh->mVertexBuffer, other.submesh->mVertexBuffer);
-        if (submesh->mIndexBuffer != other.submesh->mIndexBuffer)
-            return before(submesh->mIndexBuffer, other.submesh->mIndexBuffer);
+        const auto number = [](const BufferARB* buffer) { return buffer ? buffer->mNumber : 0; };
+        const auto buffers = [&](const Submesh& of) {
+            return std::pair(number(of.mVertexBuffer), number(of.mIndexBuffer));
+        };
+        if (buffers(*submesh) != buffers(*other.submesh)) return buffers(*submesh) < buffers(*other.submesh);
     }
     if (material == other.material) return false;
     return textureOf(*material) < textureOf(*other.material);

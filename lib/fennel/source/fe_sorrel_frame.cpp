@@ -3,6 +3,7 @@
 #include "fe_camera.h"
 #include "fe_light.h"
 #include "fe_mesh.h"
+#include "fe_nodematrix.h"
 
 #include "tw_glinclude.h"
 
@@ -41,14 +42,7 @@ void Node::updateKeyframing(float time)
         mPosition = mPositionTrack.getValue(time);
         mScale = mScaleTrack.getValue(time);
         mMirroredLocal = mScale.x * mScale.y * mScale.z < 0;
-
-        // The scale applies after the rotation, along the axes of the parent.
-        mMatLocal.setFromQuat(mRotation);
-        for (int row = 0; row < 3; ++row)
-        {
-            for (int column = 0; column < 3; ++column) mMatLocal[4 * column + row] *= mScale[row];
-            mMatLocal[12 + row] = mPosition[row];
-        }
+        mMatLocal = nodeMatrix(mRotation, mScale, mPosition);
     }
 
     // Anew at each update, also for a static node: its parent may have mirrored at the last one and not at this.

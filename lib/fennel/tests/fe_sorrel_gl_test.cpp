@@ -83,7 +83,8 @@ const Color black = {0, 0, 0}, red = {255, 0, 0}, green = {0, 255, 0}, blue = {0
 } // namespace
 
 // The lights hang sqrt(2) in front of the quad's middle: 2 from each corner, at an angle of 45 degrees. With a distance
-// of 2 half of a light is left there, so a corner gets 0.7071 / 2 of its colour, and with all four alike the whole quad.
+// of 2 half of a light is left there, so a corner gets 0.7071 / 2 of its colour, and with all four alike the whole
+// quad.
 TEST_F(SorrelGLTest, aLitQuadHasTheColourThatEightLightsLeaveAtItsCorners)
 {
     file.material("m", 1, 1, 0.5f, false);

@@ -1,5 +1,5 @@
 #include "fe_exception.h"
-#include "fe_glfake.h"
+#include "gl_recorder.h"
 #include "fe_scenes.h"
 #include "fe_texturemanager.h"
 
@@ -9,8 +9,8 @@
 
 using Fennel::Texture;
 using Fennel::TextureFormat;
-using GLFake::call;
-using GLFake::gl;
+using GLRecorder::call;
+using GLRecorder::gl;
 
 namespace
 {
@@ -36,7 +36,7 @@ class TextureManagerTest : public testing::Test
 protected:
     TextureManagerTest()
     {
-        GLFake::reset();
+        GLRecorder::reset();
         for (const char* name : {"a.png", "b.png"}) archives.addPicture(name, makeImage(2, 1, pixels));
     }
 
@@ -73,15 +73,14 @@ TEST_F(TextureManagerTest, oneNameAndFormatIsOneTextureForAsLongAsAHandleLives)
 
 TEST_F(TextureManagerTest, formatAndImageDecideTheKindOfUpload)
 {
-    const std::string uploads[] = {
-        call("glTexImage1D", GL_TEXTURE_1D, 0, 4, 256, 0, GL_BGRA, GL_UNSIGNED_BYTE),
-        call("glTexImage2D", GL_TEXTURE_2D, 0, 4, 256, 1, 0, GL_BGRA, GL_UNSIGNED_BYTE),
-        call("gluBuild1DMipmaps", GL_TEXTURE_1D, 4, 256, GL_BGRA, GL_UNSIGNED_BYTE),
-        call("gluBuild2DMipmaps", GL_TEXTURE_2D, 4, 256, 1, GL_BGRA, GL_UNSIGNED_BYTE)};
+    const std::string uploads[] = {call("glTexImage1D", GL_TEXTURE_1D, 0, 4, 256, 0, GL_BGRA, GL_UNSIGNED_BYTE),
+                                   call("glTexImage2D", GL_TEXTURE_2D, 0, 4, 256, 1, 0, GL_BGRA, GL_UNSIGNED_BYTE),
+                                   call("gluBuild1DMipmaps", GL_TEXTURE_1D, 4, 256, GL_BGRA, GL_UNSIGNED_BYTE),
+                                   call("gluBuild2DMipmaps", GL_TEXTURE_2D, 4, 256, 1, GL_BGRA, GL_UNSIGNED_BYTE)};
     const int types[] = {1, 3, 33, 34}; // 2D wins where both are allowed
     for (int i = 0; i < 4; ++i)
     {
-        GLFake::reset();
+        GLRecorder::reset();
         const GLenum target = i % 2 ? GL_TEXTURE_2D : GL_TEXTURE_1D;
         const Texture texture = manager.loadTexture("row", makeImage(256, 1, {}), formatOf(types[i]));
         EXPECT_EQ(gl.calls, (std::vector<std::string>{"glGenTextures", call("glBindTexture", target, 1), uploads[i],
