@@ -65,7 +65,7 @@ public:
         }
         if (below(2) == 0) shuffle(mesh.indices);
         if (below(3) == 0) turnSome(mesh.indices);
-        if (below(4) == 0) mesh.indices.resize(mesh.indices.size() - 3 * below(2)); // holes
+        if (below(4) == 0) mesh.indices.resize(mesh.indices.size() - below(4)); // holes, and tails
         mesh.cacheSize = below(8) == 0 ? 4000000000u : below(30);
         mesh.minSize = below(2) * below(12);
         mesh.lists = below(2) == 0;

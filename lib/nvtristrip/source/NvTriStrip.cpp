@@ -159,10 +159,7 @@ void DisableRestart()
 bool GenerateStrips(const unsigned int* indices, unsigned int numIndices, PrimitiveGroup** groups,
                     unsigned int* numGroups, bool validate)
 {
-    if (numIndices % 3 != 0)
-        throw Exception("NVIDIA::GenerateStrips, The number of indices is no multiple of three (%u)", numIndices);
-
-    const WordVec input(indices, indices + numIndices);
+    const WordVec input(indices, indices + numIndices / 3 * 3); // triples are what is walked
     WordVec working = input;
     const Numbering numbering(working);
     numbering.shorten(working);

@@ -63,7 +63,8 @@ public:
     static void mergeVertices(y3d::Submesh* submesh);
 
     // Puts the triangles in an order that suits a vertex cache of `cacheSize` entries, and the vertices in the order of
-    // their first use. Vertices that no index names become zero, so mergeVertices goes first.
+    // their first use. Vertices that no index names become zero, so mergeVertices goes first. Indices behind the last
+    // whole triangle are dropped.
     static void cacheOptimize(y3d::Submesh* submesh, int cacheSize);
 
     // mergeVertices, then cacheOptimize unless `cacheSize` is 0; for one submesh or for all of a mesh.

@@ -296,9 +296,6 @@ void Utils::cacheOptimize(y3d::Submesh* submesh, int cacheSize)
     assert(uv0==0 || uv0->size()==pos->size());
     assert(uv1==0 || uv1->size()==pos->size());
     checkIndices(*submesh, "cacheOptimize");
-    if (submesh->getNumIndices() % 3 != 0)
-        throw y3d::Exception("ytd::Utils::cacheOptimize, The number of indices is no multiple of three (%d)",
-                             submesh->getNumIndices());
 
     NVIDIA::SetCacheSize(static_cast<unsigned int>(cacheSize));
     NVIDIA::SetListsOnly(true);
