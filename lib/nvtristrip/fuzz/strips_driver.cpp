@@ -2,10 +2,12 @@
 
 #include "plain_stripifier.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <random>
-#include <string>
+#include <utility>
+#include <vector>
 
 #include <unistd.h>
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <iterator>
 
 namespace NVIDIA
 {
@@ -20,9 +21,10 @@ NvExperiments::NvExperiments(NvMesh& mesh)
 
 void NvExperiments::Try(int face)
 {
-    assert(m_mesh.m_faces[face].m_stripId == -1);
+    const NvFaceInfo* faceInfo = &m_mesh.m_faces[face];
+    assert(faceInfo->m_stripId == -1);
     int numStarts = 6;
-    if (IsAlone(face)) numStarts = m_bestSize > 0.0f ? 0 : 1; // all make a strip of one face
+    if (IsAlone(*faceInfo)) numStarts = m_bestSize > 0.0f ? 0 : 1; // all make a strip of one face
     for (int start = 0; start < numStarts; ++start)
     {
         const float size = Run(start, {face, m_mesh.m_edgesOfFace[face][start / 2], start % 2 == 0});
@@ -33,9 +35,8 @@ void NvExperiments::Try(int face)
 }
 
 // Whether no strip from this face ever comes to another one.
-bool NvExperiments::IsAlone(int place)
+bool NvExperiments::IsAlone(const NvFaceInfo& face)
 {
-    const NvFaceInfo& face = m_mesh.m_faces[place];
     return m_walk.IsOver(face.m_v0) && m_walk.IsOver(face.m_v1) && m_walk.IsOver(face.m_v2);
 }
 

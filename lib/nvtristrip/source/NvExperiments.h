@@ -49,7 +49,7 @@ private:
     bool SharesEdge(int face) const;
     bool IsInStrip(int face) const { return face >= 0 && m_mesh.m_faces[face].m_testStripId == m_stripId; }
     bool IsMarked(int face) const { return m_mesh.m_faces[face].IsMarked(m_firstStripId); }
-    bool IsAlone(int face);
+    bool IsAlone(const NvFaceInfo& face);
     bool IsRepeated(int start, int towards);
 
     NvMesh& m_mesh; // must stay

@@ -64,7 +64,8 @@ int NvStripifier::FindGoodResetPoint()
 
     meshJump += 0.1f;
     if (meshJump > 1.0f) meshJump = 0.05f;
-    assert(m_mesh.m_faces[place].m_stripId < 0);
+    const NvFaceInfo* nextFace = &m_mesh.m_faces[place];
+    assert(nextFace->m_stripId < 0);
     return static_cast<int>(place);
 }
 

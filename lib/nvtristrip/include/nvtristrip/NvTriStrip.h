@@ -51,8 +51,9 @@ void EnableRestart(unsigned int value);
 void DisableRestart();
 
 // Makes the groups from `numIndices` / 3 triangles. What is left behind the last whole triangle is dropped, and so are
-// triangles with two equal vertices and exact repetitions. Groups of strips come first and one list of loose faces last; without any triangle there is no group,
-// with lists only an empty one. The caller destroys `*groups` with delete[].
+// triangles with two equal vertices and exact repetitions. Groups of strips come first and one list of loose faces
+// last; without any triangle there is no group, with lists only an empty one. The caller destroys `*groups` with
+// delete[].
 //
 // Returns true. With `validate` false is returned when the groups have a triangle that the input lacks; they are handed
 // over all the same. Restart values are read as vertices there, so with them validation fails.

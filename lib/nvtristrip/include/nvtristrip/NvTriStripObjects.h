@@ -12,8 +12,6 @@
 namespace NVIDIA
 {
 
-class NvExperiments;
-
 class NvStripifier
 {
 public:
