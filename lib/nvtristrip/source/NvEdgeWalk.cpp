@@ -28,6 +28,11 @@ EdgeWalk::EdgeWalk(const NvMesh& mesh) : m_mesh(mesh), m_first(mesh.m_numVertice
     }
 }
 
+void EdgeWalk::ForgetExperiments()
+{
+    for (Place& place : m_places) place.experiment = -1;
+}
+
 int EdgeWalk::Find(int place, int end, int experiment)
 {
     const auto isTaken = [this, experiment](const Place& at) {

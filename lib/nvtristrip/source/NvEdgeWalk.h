@@ -19,6 +19,9 @@ public:
     int End(int vertex) const { return m_first[vertex + 1]; }
     const NvEdgeInfo& At(int place) const { return m_mesh.m_edges[m_places[place].edge]; }
 
+    // Makes the numbers of experiments free to be given again.
+    void ForgetExperiments();
+
     // Whether no strip can ever go on from an edge around a vertex.
     bool IsOver(int vertex) { return FindOpen(m_first[vertex], End(vertex)) == End(vertex); }
 

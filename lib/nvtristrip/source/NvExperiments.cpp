@@ -2,10 +2,19 @@
 
 #include <algorithm>
 #include <cassert>
+#include <climits>
 #include <iterator>
 
 namespace NVIDIA
 {
+
+namespace
+{
+
+// Strips are numbered up to here and the length of one experiment more.
+const int MAX_STRIP_ID = INT_MAX / 2;
+
+} // namespace
 
 void NvExperiments::Result::Clear()
 {
@@ -34,6 +43,15 @@ void NvExperiments::Try(int face)
     }
 }
 
+// Wipes off the marks of all experiments.
+void NvExperiments::BeginNumbersAgain()
+{
+    for (NvFaceInfo& face : m_mesh.m_faces) face.m_testStripId = -1;
+    std::fill(m_vertexMarks.begin(), m_vertexMarks.end(), -1);
+    m_walk.ForgetExperiments();
+    m_stripId = -1;
+}
+
 // Whether no strip from this face ever comes to another one.
 bool NvExperiments::IsAlone(const NvFaceInfo& face)
 {
@@ -45,6 +63,7 @@ bool NvExperiments::IsAlone(const NvFaceInfo& face)
 float NvExperiments::Run(int start, NvStripStartInfo startInfo)
 {
     m_current.Clear();
+    if (m_stripId > MAX_STRIP_ID) BeginNumbersAgain();
     m_firstStripId = m_stripId + 1;
     std::size_t numReal = 0;
     for (;;)

@@ -42,6 +42,7 @@ private:
         std::vector<std::size_t> m_ends;          // where each strip ends in m_faces
     };
 
+    void BeginNumbersAgain();
     float Run(int start, NvStripStartInfo startInfo);
     std::size_t Build(const NvStripStartInfo& startInfo);
     std::size_t Grow(IntVec& faces, const NvFaceInfo& from, int e0, int e1, bool onlyNew);
