@@ -24,15 +24,15 @@ void checkSubmesh(const std::string& mesh, int index, const y3d::Submesh& submes
         throw Exception("Mesh::load, Submesh %d of mesh '%s' has no bounding box", index, name);
 
     const unsigned int format = ytd::Utils::getFormat(&submesh);
-    if (format != 1 && format != 3 && format != 5 && format != 7)
+    if (!ytd::canBeDrawn(format))
         throw Exception("Mesh::load, Submesh %d of mesh '%s' has a vertex format that cannot be drawn (%u): only "
                         "positions, normals and one set of texture coordinates can",
                         index, name, format);
 
-    if ((format & 2) && submesh.getNormals()->size() != numVertices)
+    if ((format & ytd::FORMAT_NORMAL) && submesh.getNormals()->size() != numVertices)
         throw Exception("Mesh::load, Submesh %d of mesh '%s' has %zu normals for %zu vertices", index, name,
                         submesh.getNormals()->size(), numVertices);
-    if ((format & 4) && submesh.getUVW(0)->size() != numVertices)
+    if ((format & ytd::FORMAT_UVW_0) && submesh.getUVW(0)->size() != numVertices)
         throw Exception("Mesh::load, Submesh %d of mesh '%s' has %zu texture coordinates for %zu vertices", index, name,
                         submesh.getUVW(0)->size(), numVertices);
 

@@ -22,23 +22,6 @@ bool bStitchStrips = true;
 bool bListsOnly = false;
 bool bRestart = false;
 
-// What a call works on, freed at its end: strips, and faces in them or loose, fake ones included.
-struct Strips
-{
-    ~Strips()
-    {
-        for (NvStripInfo* strip : strips)
-        {
-            for (NvFaceInfo* face : strip->m_faces) delete face;
-            delete strip;
-        }
-        for (NvFaceInfo* face : looseFaces) delete face;
-    }
-
-    NvStripInfoVec strips;
-    NvFaceInfoVec looseFaces;
-};
-
 // Vertex numbers that lie far apart are replaced by close ones in the same order while strips are sought: there are
 // lists for all numbers up to the highest.
 class Numbering
@@ -63,12 +46,12 @@ public:
                 static_cast<unsigned int>(std::lower_bound(m_names.begin(), m_names.end(), index) - m_names.begin());
     }
 
-    void restore(const NvFaceInfoVec& faces) const
+    void restore(NvFaceInfoVec& faces) const
     {
         if (m_names.empty()) return;
-        for (NvFaceInfo* face : faces)
+        for (NvFaceInfo& face : faces)
         {
-            for (int* vertex : {&face->m_v0, &face->m_v1, &face->m_v2}) *vertex = static_cast<int>(m_names[*vertex]);
+            for (int* vertex : {&face.m_v0, &face.m_v1, &face.m_v2}) *vertex = static_cast<int>(m_names[*vertex]);
         }
     }
 
@@ -89,14 +72,14 @@ void fill(PrimitiveGroup& group, PrimType type, const WordVec& indices)
     std::copy(indices.begin(), indices.end(), group.indices);
 }
 
-std::vector<WordVec> makeSeparateLists(const Strips& made, NvStripifier& stripifier)
+std::vector<WordVec> makeSeparateLists(const NvStripList& strips, const NvStripifier& stripifier)
 {
     std::vector<WordVec> lists;
-    if (made.strips.empty()) return lists;
+    if (strips.m_strips.empty()) return lists;
 
     IntVec stripIndices;
     unsigned int numSeparateStrips = 0;
-    stripifier.CreateStrips(made.strips, stripIndices, bStitchStrips, numSeparateStrips, bRestart, restartVal);
+    stripifier.CreateStrips(strips, stripIndices, bStitchStrips, numSeparateStrips, bRestart, restartVal);
     assert((bStitchStrips && (numSeparateStrips == 1)) || !bStitchStrips);
 
     auto begin = stripIndices.cbegin();
@@ -176,44 +159,43 @@ void DisableRestart()
 bool GenerateStrips(const unsigned int* indices, unsigned int numIndices, PrimitiveGroup** groups,
                     unsigned int* numGroups, bool validate)
 {
-    if (numIndices % 3 != 0)
-        throw Exception("NVIDIA::GenerateStrips, The number of indices is no multiple of three (%u)", numIndices);
-
-    WordVec working(indices, indices + numIndices);
+    const WordVec input(indices, indices + numIndices / 3 * 3); // triples are what is walked
+    WordVec working = input;
     const Numbering numbering(working);
     numbering.shorten(working);
     const unsigned int maxIndex = working.empty() ? 0 : *std::max_element(working.begin(), working.end());
 
-    Strips made;
     NvStripifier stripifier;
-    stripifier.Stripify(working, cacheSize, minStripSize, maxIndex, made.strips, made.looseFaces);
-    for (const NvStripInfo* strip : made.strips) numbering.restore(strip->m_faces);
-    numbering.restore(made.looseFaces);
+    NvStripList strips;
+    IntVec looseFaces;
+    stripifier.Stripify(working, cacheSize, minStripSize, maxIndex, strips, looseFaces);
+    NvFaceInfoVec& faces = stripifier.m_mesh.m_faces;
+    numbering.restore(faces);
 
     std::vector<WordVec> separate;
     WordVec list;
     if (!bListsOnly)
-        separate = makeSeparateLists(made, stripifier);
+        separate = makeSeparateLists(strips, stripifier);
     else
     {
-        for (const NvStripInfo* strip : made.strips)
+        for (const NvStripInfo& strip : strips.m_strips)
         {
-            for (const NvFaceInfo* face : strip->m_faces)
+            const int* places = strips.FacesOf(strip);
+            for (std::size_t i = 0; i < strip.m_numFaces; ++i)
             {
-                if (!face->IsDegenerate()) append(list, *face);
+                if (!faces[places[i]].IsDegenerate()) append(list, faces[places[i]]);
             }
         }
     }
-    for (const NvFaceInfo* face : made.looseFaces) append(list, *face);
+    for (const int face : looseFaces) append(list, faces[face]);
 
-    const bool hasList = bListsOnly || !made.looseFaces.empty();
+    const bool hasList = bListsOnly || !looseFaces.empty();
     const std::size_t number = separate.size() + hasList;
     std::unique_ptr<PrimitiveGroup[]> result(new PrimitiveGroup[number]);
     for (std::size_t i = 0; i < separate.size(); ++i) fill(result[i], PT_STRIP, separate[i]);
     if (hasList) fill(result[number - 1], PT_LIST, list);
 
-    const bool valid =
-        !validate || isValid(WordVec(indices, indices + numIndices), result.get(), static_cast<unsigned int>(number));
+    const bool valid = !validate || isValid(input, result.get(), static_cast<unsigned int>(number));
     *groups = result.release();
     *numGroups = static_cast<unsigned int>(number);
     return valid;

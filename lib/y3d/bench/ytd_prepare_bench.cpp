@@ -46,7 +46,7 @@ void optimizeMesh(benchmark::State& state)
     }
     state.counters["vertices"] = mesh.mSubmeshes[0]->getNumVertices();
 }
-BENCHMARK(optimizeMesh)->Arg(2000)->Arg(20000)->Arg(200000)->Unit(benchmark::kMillisecond);
+BENCHMARK(optimizeMesh)->Arg(12500)->Arg(50000)->Arg(200000)->Unit(benchmark::kMillisecond);
 
 } // namespace
 

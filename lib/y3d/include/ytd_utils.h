@@ -1,6 +1,7 @@
 #pragma once
 
 #include "y3d_structlist.h"
+#include "ytd_format.h"
 
 namespace y3d
 {
@@ -13,12 +14,7 @@ namespace ytd
 
 // Operations on meshes. The buffer functions run when a scene is loaded and turn the lists of a submesh into the
 // interleaved blocks that go to the graphics library; the preparation functions serve tools that make Y3D files and
-// lie in a library of their own, with the stripifier under it.
-//
-// A format is a set of bits for the attributes of a vertex: 1 position (12 bytes), 2 normal (12), 4 and 8 texture
-// channels 0 and 1 (8 each), 16 and 32 colour channels 0 and 1 (16 each), 64 and 128 counted with 12 bytes each and
-// otherwise unknown. Blocks can be built of the formats 1, 3, 5 and 7. In a vertex the texture coordinates come first,
-// then the normal, then the position, without gaps: GL_V3F, GL_N3F_V3F, GL_T2F_V3F and GL_T2F_N3F_V3F.
+// lie in a library of their own, with the stripifier under it. Formats are sets of the bits in ytd_format.h.
 class Utils
 {
 public:
@@ -63,7 +59,8 @@ public:
     static void mergeVertices(y3d::Submesh* submesh);
 
     // Puts the triangles in an order that suits a vertex cache of `cacheSize` entries, and the vertices in the order of
-    // their first use. Vertices that no index names become zero, so mergeVertices goes first.
+    // their first use. Vertices that no index names become zero, so mergeVertices goes first. Indices behind the last
+    // whole triangle are dropped.
     static void cacheOptimize(y3d::Submesh* submesh, int cacheSize);
 
     // mergeVertices, then cacheOptimize unless `cacheSize` is 0; for one submesh or for all of a mesh.

@@ -9,9 +9,10 @@
 #include <algorithm>
 #include <cassert>
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 #include <memory>
-#include <unordered_map>
+#include <vector>
 
 // The preparation functions. They have a library of their own, so that what only draws meshes links no stripifier.
 
@@ -32,16 +33,41 @@ struct Attributes
 {
     explicit Attributes(const y3d::Submesh& submesh)
         : positions(submesh.getPositions()), normals(submesh.getNormals()),
-          uvw0(submesh.getNumUVWs() > 0 ? submesh.getUVW(0) : nullptr),
-          uvw1(submesh.getNumUVWs() > 1 ? submesh.getUVW(1) : nullptr)
+          uv0(submesh.getNumUVWs() > 0 ? submesh.getUVW(0) : nullptr),
+          uv1(submesh.getNumUVWs() > 1 ? submesh.getUVW(1) : nullptr)
     {
     }
 
     VectorList* positions;
     VectorList* normals;
-    y3d::UVWList* uvw0;
-    y3d::UVWList* uvw1;
+    y3d::UVWList* uv0;
+    y3d::UVWList* uv1;
 };
+
+// What the two operations ask of the lists: as many entries in each as there are positions.
+void checkMergedLists(const VectorList* posList, const VectorList* norList, const y3d::UVWList* uv0,
+                      const y3d::UVWList* uv1)
+{
+    assert(posList);
+    assert(norList==0 || norList->size()==posList->size());
+    assert(uv0==0 || uv0->size()==posList->size());
+    assert(uv1==0 || uv1->size()==posList->size());
+}
+
+void checkMovedLists(const VectorList* pos, const VectorList* nor, const y3d::UVWList* uv0, const y3d::UVWList* uv1)
+{
+    assert(pos);
+    assert(nor==0 || nor->size()==pos->size());
+    assert(uv0==0 || uv0->size()==pos->size());
+    assert(uv1==0 || uv1->size()==pos->size());
+}
+
+const VectorList* positionsOf(const y3d::Submesh& submesh)
+{
+    const VectorList* p = submesh.getPositions();
+    assert(p);
+    return p;
+}
 
 void checkIndices(const y3d::Submesh& submesh, const char* operation)
 {
@@ -69,18 +95,20 @@ bool sameVertex(const Attributes& attributes, std::size_t a, std::size_t b)
     const Vector3f& p = (*attributes.positions)[a];
     const Vector3f& q = (*attributes.positions)[b];
     return std::fabs(p.x - q.x) < TOLERANCE && std::fabs(p.y - q.y) < TOLERANCE && std::fabs(p.z - q.z) < TOLERANCE &&
-           nearlySame(attributes.normals, a, b) && nearlySame(attributes.uvw0, a, b) &&
-           nearlySame(attributes.uvw1, a, b);
+           nearlySame(attributes.normals, a, b) && nearlySame(attributes.uv0, a, b) && nearlySame(attributes.uv1, a, b);
 }
 
 // The vertices kept so far, in cells of space that are wider than twice the tolerance: what equals a vertex lies in its
-// cell or, near to a border, in the one behind.
+// cell or, near to a border, in the one behind. Cells are told apart by a hash: those that have the same one are
+// searched together.
 class KeptVertices
 {
 public:
     KeptVertices(const Attributes& attributes, std::size_t number) : m_attributes(attributes)
     {
-        m_cells.reserve(number);
+        std::size_t size = 16;
+        while (size < 2 * number) size *= 2;
+        m_cells.assign(size, {0, NONE});
     }
 
     // The place of the first kept vertex that equals one; the number of kept ones when none does.
@@ -97,15 +125,15 @@ public:
         }
         for (int corner = 0; corner < 8; ++corner)
         {
-            Cell cell;
+            double at[3];
             bool again = false; // this corner has the cell of another one
             for (int i = 0; i < 3; ++i)
             {
                 const bool isHigh = corner >> i & 1;
-                cell.at[i] = isHigh ? high[i] : low[i];
+                at[i] = isHigh ? high[i] : low[i];
                 again = again || (isHigh && high[i] == low[i]);
             }
-            if (!again) first = std::min(first, findIn(cell, vertex, first));
+            if (!again) first = std::min(first, findIn(m_cells[slotOf(hashOf(at))].last, vertex, first));
         }
         return first;
     }
@@ -116,9 +144,11 @@ public:
         std::size_t next = NONE;
         if (isFinite(p))
         {
-            std::size_t& head = m_cells.emplace(Cell{{cellAt(p.x), cellAt(p.y), cellAt(p.z)}}, NONE).first->second;
-            next = head;
-            head = m_kept.size();
+            const double at[3] = {cellAt(p.x), cellAt(p.y), cellAt(p.z)};
+            const std::uint64_t hash = hashOf(at);
+            Cell& cell = m_cells[slotOf(hash)];
+            next = cell.last;
+            cell = {hash, m_kept.size()};
         }
         m_kept.push_back({vertex, next});
     }
@@ -128,22 +158,8 @@ public:
 private:
     struct Cell
     {
-        double at[3];
-
-        bool operator==(const Cell& other) const
-        {
-            return at[0] == other.at[0] && at[1] == other.at[1] && at[2] == other.at[2];
-        }
-    };
-
-    struct CellHash
-    {
-        std::size_t operator()(const Cell& cell) const
-        {
-            std::size_t hash = 0;
-            for (const double value : cell.at) hash = (hash ^ std::hash<double>()(value)) * 0x9E3779B97F4A7C15u;
-            return hash ^ (hash >> 32);
-        }
+        std::uint64_t hash;
+        std::size_t last; // the place of the last vertex kept in it, NONE for a free slot
     };
 
     struct Kept
@@ -156,14 +172,33 @@ private:
     static constexpr double MARGIN = 2e-6; // rounding of the difference has room in it
     static constexpr double CELL_SIZE = 1e-5;
 
-    static double cellAt(double coordinate) { return std::floor(coordinate / CELL_SIZE); }
+    static double cellAt(double coordinate) { return std::floor(coordinate / CELL_SIZE) + 0.0; } // never -0
     static bool isFinite(const Vector3f& p) { return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z); }
 
-    std::size_t findIn(const Cell& cell, std::size_t vertex, std::size_t first) const
+    static std::uint64_t hashOf(const double* cell)
     {
-        const auto found = m_cells.find(cell);
-        if (found == m_cells.end()) return first;
-        for (std::size_t place = found->second; place != NONE; place = m_kept[place].next)
+        std::uint64_t hash = 0;
+        for (int i = 0; i < 3; ++i)
+        {
+            std::uint64_t bits;
+            std::memcpy(&bits, cell + i, sizeof bits);
+            hash = (hash ^ bits) * 0x9E3779B97F4A7C15u;
+            hash ^= hash >> 32;
+        }
+        return hash;
+    }
+
+    // The slot of a cell, or the free one where it is to be put. At most half of the slots are in use.
+    std::size_t slotOf(std::uint64_t hash) const
+    {
+        std::size_t slot = hash & (m_cells.size() - 1);
+        while (m_cells[slot].last != NONE && m_cells[slot].hash != hash) slot = (slot + 1) & (m_cells.size() - 1);
+        return slot;
+    }
+
+    std::size_t findIn(std::size_t place, std::size_t vertex, std::size_t first) const
+    {
+        for (; place != NONE; place = m_kept[place].next)
         {
             if (place < first && sameVertex(m_attributes, vertex, m_kept[place].vertex)) first = place;
         }
@@ -172,7 +207,7 @@ private:
 
     const Attributes& m_attributes;
     std::vector<Kept> m_kept;
-    std::unordered_map<Cell, std::size_t, CellHash> m_cells; // the last one kept in each
+    std::vector<Cell> m_cells;
 };
 
 void compact(VectorList* list, const std::vector<char>& removed, std::size_t numKept)
@@ -205,9 +240,7 @@ void Utils::updateBoundingBox(y3d::Submesh* submesh, bool force)
     if (!force && submesh->hasBoundingBox()) return;
 
     const y3d::StructList<y3d::Index>* indexList = submesh->getIndices();
-    const VectorList* posList = submesh->getPositions();
-    const VectorList* p = posList;
-    assert(p);
+    const VectorList* posList = positionsOf(*submesh);
     assert(indexList->size()>0);
     MathBase::AABBpointsf box;
     bool isFirst = true;
@@ -245,26 +278,20 @@ void Utils::updateBoundingBoxes(y3d::Mesh* mesh, bool force)
 void Utils::mergeVertices(y3d::Submesh* submesh)
 {
     const Attributes attributes(*submesh);
-    const VectorList* posList = attributes.positions;
-    const VectorList* norList = attributes.normals;
-    const y3d::UVWList* uv0 = attributes.uvw0;
-    const y3d::UVWList* uv1 = attributes.uvw1;
-    assert(posList);
-    assert(norList==0 || norList->size()==posList->size());
-    assert(uv0==0 || uv0->size()==posList->size());
-    assert(uv1==0 || uv1->size()==posList->size());
+    checkMergedLists(attributes.positions, attributes.normals, attributes.uv0, attributes.uv1);
     checkIndices(*submesh, "mergeVertices");
 
-    std::vector<char> used(posList->size());
+    const std::size_t numVertices = attributes.positions->size();
+    std::vector<char> used(numVertices);
     if (submesh->getIndices())
     {
         for (const y3d::Index index : *submesh->getIndices()) used[index] = true;
     }
 
-    KeptVertices kept(attributes, posList->size());
-    std::vector<char> removed(posList->size());
-    std::vector<y3d::Index> numbers(posList->size()); // without meaning for vertices that are not used
-    for (std::size_t i = 0; i < posList->size(); ++i)
+    KeptVertices kept(attributes, numVertices);
+    std::vector<char> removed(numVertices);
+    std::vector<y3d::Index> numbers(numVertices); // without meaning for vertices that are not used
+    for (std::size_t i = 0; i < numVertices; ++i)
     {
         removed[i] = true;
         if (!used[i]) continue;
@@ -277,8 +304,8 @@ void Utils::mergeVertices(y3d::Submesh* submesh)
 
     compact(attributes.positions, removed, kept.size());
     compact(attributes.normals, removed, kept.size());
-    compact(attributes.uvw0, removed, kept.size());
-    compact(attributes.uvw1, removed, kept.size());
+    compact(attributes.uv0, removed, kept.size());
+    compact(attributes.uv1, removed, kept.size());
     if (!submesh->getIndices()) return;
     for (y3d::Index& index : *submesh->getIndices()) index = numbers[index];
 }
@@ -287,18 +314,8 @@ void Utils::cacheOptimize(y3d::Submesh* submesh, int cacheSize)
 {
     assert(cacheSize>0);
     const Attributes attributes(*submesh);
-    const VectorList* pos = attributes.positions;
-    const VectorList* nor = attributes.normals;
-    const y3d::UVWList* uv0 = attributes.uvw0;
-    const y3d::UVWList* uv1 = attributes.uvw1;
-    assert(pos);
-    assert(nor==0 || nor->size()==pos->size());
-    assert(uv0==0 || uv0->size()==pos->size());
-    assert(uv1==0 || uv1->size()==pos->size());
+    checkMovedLists(attributes.positions, attributes.normals, attributes.uv0, attributes.uv1);
     checkIndices(*submesh, "cacheOptimize");
-    if (submesh->getNumIndices() % 3 != 0)
-        throw y3d::Exception("ytd::Utils::cacheOptimize, The number of indices is no multiple of three (%d)",
-                             submesh->getNumIndices());
 
     NVIDIA::SetCacheSize(static_cast<unsigned int>(cacheSize));
     NVIDIA::SetListsOnly(true);
@@ -312,7 +329,8 @@ void Utils::cacheOptimize(y3d::Submesh* submesh, int cacheSize)
     const std::unique_ptr<NVIDIA::PrimitiveGroup[]> owner(primGroups);
     assert(primGroups!=0);
     assert(numPrimGroups==1);
-    NVIDIA::RemapIndices(primGroups, numPrimGroups, static_cast<unsigned int>(pos->size()), &primGroupsRemapped);
+    NVIDIA::RemapIndices(primGroups, numPrimGroups, static_cast<unsigned int>(attributes.positions->size()),
+                         &primGroupsRemapped);
     const std::unique_ptr<NVIDIA::PrimitiveGroup[]> ownerRemapped(primGroupsRemapped);
     assert(primGroupsRemapped!=0);
     assert(primGroups[0].numIndices==primGroupsRemapped[0].numIndices);
@@ -320,10 +338,10 @@ void Utils::cacheOptimize(y3d::Submesh* submesh, int cacheSize)
     const NVIDIA::PrimitiveGroup& from = primGroups[0];
     const NVIDIA::PrimitiveGroup& to = primGroupsRemapped[0];
     if (submesh->getIndices()) submesh->getIndices()->assign(to.indices, to.indices + to.numIndices);
-    submesh->setPositions(moved(pos, from, to).release());
-    if (nor) submesh->setNormals(moved(nor, from, to).release());
-    if (uv0) submesh->setUVW(0, moved(uv0, from, to).release());
-    if (uv1) submesh->setUVW(1, moved(uv1, from, to).release());
+    submesh->setPositions(moved(attributes.positions, from, to).release());
+    if (attributes.normals) submesh->setNormals(moved(attributes.normals, from, to).release());
+    if (attributes.uv0) submesh->setUVW(0, moved(attributes.uv0, from, to).release());
+    if (attributes.uv1) submesh->setUVW(1, moved(attributes.uv1, from, to).release());
 }
 
 void Utils::optimizeSubmesh(y3d::Submesh* submesh, int cacheSize)

@@ -13,13 +13,6 @@ namespace ytd
 namespace
 {
 
-const unsigned int POSITION = 1;
-const unsigned int NORMAL = 2;
-const unsigned int UVW_0 = 4;
-const unsigned int UVW_1 = 8;
-const unsigned int COLOR_0 = 16;
-const unsigned int COLOR_1 = 32;
-
 // By bit number. A block holds two of the three texture coordinates; bits 6 and 7 are counted and set by nothing.
 const unsigned int ATTRIBUTE_SIZES[8] = {12, 12, 8, 8, 16, 16, 12, 12};
 
@@ -62,12 +55,12 @@ void storeIndices(unsigned char* dest, const y3d::StructList<y3d::Index>& indice
 unsigned int Utils::getFormat(const y3d::Submesh* submesh)
 {
     unsigned int format = 0;
-    if (hasEntries(submesh->getPositions())) format |= POSITION;
-    if (hasEntries(submesh->getNormals())) format |= NORMAL;
-    if (submesh->getNumUVWs() > 0 && hasEntries(submesh->getUVW(0))) format |= UVW_0;
-    if (submesh->getNumUVWs() > 1 && hasEntries(submesh->getUVW(1))) format |= UVW_1;
-    if (submesh->getNumColors() > 0 && hasEntries(submesh->getColors(0))) format |= COLOR_0;
-    if (submesh->getNumColors() > 1 && hasEntries(submesh->getColors(1))) format |= COLOR_1;
+    if (hasEntries(submesh->getPositions())) format |= FORMAT_POSITION;
+    if (hasEntries(submesh->getNormals())) format |= FORMAT_NORMAL;
+    if (submesh->getNumUVWs() > 0 && hasEntries(submesh->getUVW(0))) format |= FORMAT_UVW_0;
+    if (submesh->getNumUVWs() > 1 && hasEntries(submesh->getUVW(1))) format |= FORMAT_UVW_1;
+    if (submesh->getNumColors() > 0 && hasEntries(submesh->getColors(0))) format |= FORMAT_COLOR_0;
+    if (submesh->getNumColors() > 1 && hasEntries(submesh->getColors(1))) format |= FORMAT_COLOR_1;
     return format;
 }
 
@@ -106,18 +99,18 @@ void Utils::compileVertexBuffer(unsigned char* dest, const y3d::Submesh* submesh
     const std::size_t numVertices = indices ? indices->size() : submesh->getNumVertices();
 
     unsigned char* attribute = dest + offset;
-    if (format & UVW_0)
+    if (format & FORMAT_UVW_0)
     {
         const y3d::UVWList* uvw = submesh->getNumUVWs() > 0 ? submesh->getUVW(0) : nullptr;
         copyAttribute(attribute, stride, uvw, 8, indices, numVertices);
         attribute += 8;
     }
-    if (format & NORMAL)
+    if (format & FORMAT_NORMAL)
     {
         copyAttribute(attribute, stride, submesh->getNormals(), 12, indices, numVertices);
         attribute += 12;
     }
-    if (format & POSITION) copyAttribute(attribute, stride, submesh->getPositions(), 12, indices, numVertices);
+    if (format & FORMAT_POSITION) copyAttribute(attribute, stride, submesh->getPositions(), 12, indices, numVertices);
 }
 
 void Utils::compileIndexBuffer(unsigned char* dest, const y3d::Submesh* submesh, int bitsPerIndex, int offset,

@@ -47,6 +47,8 @@ TEST(Utils, namesAFormatByTheListsThatHaveEntries)
     EXPECT_EQ(Utils::getFormatSize(7), 32u);
     EXPECT_EQ(Utils::getFormatSize(8 + 16), 24u);
     EXPECT_EQ(Utils::getFormatSize(255), 96u);
+    for (unsigned int format = 0; format < 256; ++format)
+        EXPECT_EQ(ytd::canBeDrawn(format), format % 2 == 1 && format < 8) << format;
 }
 
 TEST(Utils, interleavesTheFourFormats)

@@ -50,14 +50,15 @@ void SetListsOnly(bool listsOnly);
 void EnableRestart(unsigned int value);
 void DisableRestart();
 
-// Makes the groups from `numIndices` / 3 triangles. Triangles with two equal vertices are dropped, and so are exact
-// repetitions. Groups of strips come first and one list of loose faces last; without any triangle there is no group,
-// with lists only an empty one. The caller destroys `*groups` with delete[].
+// Makes the groups from `numIndices` / 3 triangles. What is left behind the last whole triangle is dropped, and so are
+// triangles with two equal vertices and exact repetitions. Groups of strips come first and one list of loose faces
+// last; without any triangle there is no group, with lists only an empty one. The caller destroys `*groups` with
+// delete[].
 //
 // Returns true. With `validate` false is returned when the groups have a triangle that the input lacks; they are handed
 // over all the same. Restart values are read as vertices there, so with them validation fails.
 //
-// Throws Exception when the number of indices is no multiple of three or an index is above 2^31 - 1.
+// Throws Exception when a vertex of a triangle is above 2^31 - 1.
 bool GenerateStrips(const unsigned int* indices, unsigned int numIndices, PrimitiveGroup** groups,
                     unsigned int* numGroups, bool validate = false);
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 // The stripifier step by step, without look-ups and shortcuts: everything is walked and scored anew. For comparison.
+// Vertices are small numbers here.
 class PlainStripifier
 {
 public:
@@ -40,6 +41,7 @@ public:
 
     std::vector<Strip> strips; // in their final order
     Strip looseFaces;
+    int numWarnings = 0; // edges with a third triangle, as often as one came
 
     PlainStripifier(const std::vector<unsigned>& indices, unsigned cacheSize, unsigned minSize)
         : mCacheSize(cacheSize > 6 ? cacheSize - 6 : 1)
@@ -71,6 +73,75 @@ public:
         order(big);
     }
 
+    // The real faces of all strips, then the loose ones.
+    std::vector<int> list() const
+    {
+        std::vector<int> result;
+        for (const Strip& strip : strips)
+        {
+            for (const Face* face : strip)
+            {
+                if (!face->isDegenerate()) result.insert(result.end(), face->v, face->v + 3);
+            }
+        }
+        const std::vector<int> loose = looseList();
+        result.insert(result.end(), loose.begin(), loose.end());
+        return result;
+    }
+
+    std::vector<int> looseList() const
+    {
+        std::vector<int> result;
+        for (const Face* face : looseFaces) result.insert(result.end(), face->v, face->v + 3);
+        return result;
+    }
+
+    enum Join
+    {
+        STITCHED,
+        SEPARATE,
+        RESTARTED
+    };
+
+    // The strips as lists of vertices: one list, or with SEPARATE one for each.
+    std::vector<std::vector<int>> written(Join join, int restartValue) const
+    {
+        std::vector<std::vector<int>> result;
+        for (const Strip& strip : strips)
+        {
+            if (result.empty() || join == SEPARATE) result.emplace_back();
+            std::vector<int>& out = result.back();
+
+            std::vector<int> v = orderedFirst(strip);
+            if (strip.size() > 2 && strip[1]->isDegenerate())
+            {
+                v = orderedFirst({strip[0], strip[1]});
+                if (v[1] == strip[1]->v[1]) std::swap(v[1], v[2]);
+            }
+            const bool joined = join == STITCHED && &strip != &strips[0];
+            if (joined) out.push_back(v[0]);
+            if ((joined && out.size() % 2 != 0) == isClockwise(*strip[0], v)) out.push_back(v[0]);
+            out.insert(out.end(), v.begin(), v.end());
+            for (std::size_t i = 1; i < strip.size(); ++i)
+            {
+                const int* corners = strip[i]->v;
+                int added = -1;
+                for (int corner = 2; corner >= 0; --corner)
+                {
+                    if (std::count(v.begin(), v.end(), corners[corner]) == 0) added = corners[corner];
+                }
+                if (added < 0)
+                    v.assign(corners, corners + 3);
+                else
+                    v = {v[1], v[2], added};
+                out.push_back(v[2]);
+            }
+            if (join == RESTARTED) out.push_back(restartValue);
+            if (join == STITCHED && &strip != &strips.back()) out.push_back(v[2]);
+        }
+        return result;
+    }
+
 private:
     Face* make(int a, int b, int c)
     {
@@ -80,7 +151,7 @@ private:
 
     void build(const std::vector<unsigned>& indices)
     {
-        for (std::size_t i = 0; i < indices.size(); i += 3)
+        for (std::size_t i = 0; i + 2 < indices.size(); i += 3)
         {
             Face* face = make(int(indices[i]), int(indices[i + 1]), int(indices[i + 2]));
             if (face->isDegenerate()) continue;
@@ -106,6 +177,8 @@ private:
                     edge->faces[1] = face;
                     joined.push_back(edge);
                 }
+                else
+                    ++numWarnings;
                 face->edges[side] = edge;
             }
             const bool known = std::any_of(mReal.begin(), mReal.end(),
@@ -314,10 +387,9 @@ private:
         }
     }
 
-    static bool isCW(const Strip& strip)
+    static std::vector<int> orderedFirst(const Strip& strip)
     {
-        const Face* face = strip[0];
-        std::vector<int> v(face->v, face->v + 3);
+        std::vector<int> v(strip[0]->v, strip[0]->v + 3);
         if (strip.size() > 1)
         {
             const auto lone = std::find_if(v.begin(), v.end(), [&](int vertex) { return !strip[1]->has(vertex); });
@@ -325,8 +397,15 @@ private:
         }
         if (strip.size() > 2 && strip[2]->has(v[1]) && !strip[2]->has(v[0]) && !strip[2]->has(v[2]))
             std::swap(v[1], v[2]);
-        return face->v[(std::find(face->v, face->v + 3, v[0]) - face->v + 1) % 3] == v[1];
+        return v;
     }
+
+    static bool isClockwise(const Face& face, const std::vector<int>& v)
+    {
+        return face.v[(std::find(face.v, face.v + 3, v[0]) - face.v + 1) % 3] == v[1];
+    }
+
+    static bool isCW(const Strip& strip) { return isClockwise(*strip[0], orderedFirst(strip)); }
 
     void order(std::vector<Strip>& waiting)
     {
