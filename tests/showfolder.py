@@ -131,6 +131,7 @@ class Show:
         shutil.rmtree(self.path / "data")
 
     def configure(self, tags):
+        self.tags = tags
         self.write("tidewheel.xml", "<demo>%s</demo>" % tags)
 
     def write(self, name, text):
