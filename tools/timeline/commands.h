@@ -13,5 +13,21 @@ namespace Timeline
 
 void addCheck(CLI::App& app, int& status);
 void addPrint(CLI::App& app, int& status);
+void addDiff(CLI::App& app, int& status);
+void addShift(CLI::App& app, int& status);
+void addRetime(CLI::App& app, int& status);
+void addSnap(CLI::App& app, int& status);
+void addCopy(CLI::App& app, int& status);
+void addMove(CLI::App& app, int& status);
+void addDelete(CLI::App& app, int& status);
+void addRename(CLI::App& app, int& status);
+void addEnable(CLI::App& app, int& status);
+void addDisable(CLI::App& app, int& status);
+void addMerge(CLI::App& app, int& status);
+void addExtract(CLI::App& app, int& status);
+void addSet(CLI::App& app, int& status);
+void addFormat(CLI::App& app, int& status);
+void addMergeComments(CLI::App& app, int& status);
+void addDocumentation(CLI::App& app, int& status);
 
 } // namespace Timeline

@@ -61,8 +61,7 @@ void Edits::setAttribute(const Node& node, std::string_view name, const std::str
 
 void Edits::setNumber(const Node& node, std::string_view name, float number)
 {
-    const Attribute* attribute = node.find(name);
-    if (attribute && isNumber(attribute->value) && readFloat(attribute->value) == number) return;
+    if (readFloat(node.value(name)) == number) return;
     setAttribute(node, name, shortest(number));
 }
 
@@ -113,15 +112,16 @@ void Edits::append(const Node& parent, const std::string& text)
     replace(parent.open, open + ">\n" + indent + "\t" + text + "\n" + indent + "</" + parent.name + ">");
 }
 
-std::string Edits::apply() const
+std::string Edits::applyTo(Span piece) const
 {
     std::vector<const Change*> order;
-    for (const Change& change : mChanges) order.push_back(&change);
+    for (const Change& change : mChanges)
+        if (change.span.begin >= piece.begin && change.span.end <= piece.end) order.push_back(&change);
     std::stable_sort(order.begin(), order.end(), [](const Change* a, const Change* b) {
         return a->span.begin != b->span.begin ? a->span.begin < b->span.begin : a->span.empty() && !b->span.empty();
     });
     std::string result;
-    std::size_t position = 0;
+    std::size_t position = piece.begin;
     for (const Change* change : order)
     {
         if (change->span.begin < position) throw Failure("Two changes meet at one place of the text");
@@ -129,7 +129,7 @@ std::string Edits::apply() const
         result += change->text;
         position = change->span.end;
     }
-    result.append(mDocument.bytes({position, mDocument.text().size()}));
+    result.append(mDocument.bytes({position, piece.end}));
     return result;
 }
 

@@ -19,7 +19,7 @@ public:
     // Failure for a value that cannot be written: with a line end, or with both kinds of quotes.
     void setAttribute(const Node& node, std::string_view name, const std::string& value);
 
-    // The same for a number; nothing happens if the text there already means this number.
+    // The same for a number; nothing happens if what stands there, or is missing as 0, already means this number.
     void setNumber(const Node& node, std::string_view name, float number);
 
     void removeAttribute(const Node& node, std::string_view name);
@@ -42,7 +42,10 @@ public:
     bool empty() const { return mChanges.empty(); }
 
     // The text with all changes. Throws Failure if two of them meet.
-    std::string apply() const;
+    std::string apply() const { return applyTo({0, mDocument.text().size()}); }
+
+    // The same for a piece of the text; changes outside it are left out.
+    std::string applyTo(Span piece) const;
 
 private:
     struct Change

@@ -2,9 +2,12 @@
 
 #include "commandline.h"
 #include "commands.h"
+#include "numbers.h"
 
 #include <cstdio>
 #include <exception>
+#include <string>
+#include <vector>
 
 namespace
 {
@@ -12,9 +15,25 @@ namespace
 using Add = void (*)(CLI::App& app, int& status);
 
 const Add COMMANDS[] = {
-    Timeline::addCheck,
-    Timeline::addPrint,
+    Timeline::addCheck,         Timeline::addPrint,         Timeline::addDiff,   Timeline::addShift,
+    Timeline::addRetime,        Timeline::addSnap,          Timeline::addCopy,   Timeline::addMove,
+    Timeline::addDelete,        Timeline::addRename,        Timeline::addEnable, Timeline::addDisable,
+    Timeline::addMerge,         Timeline::addExtract,       Timeline::addSet,    Timeline::addFormat,
+    Timeline::addMergeComments, Timeline::addDocumentation,
 };
+
+// The words behind the program's name, the last one first. A negative number gets a blank ahead, so that it is not
+// taken for an option; reading a number skips it.
+std::vector<std::string> argumentsOf(int count, char** words)
+{
+    std::vector<std::string> arguments;
+    for (int i = count - 1; i > 0; --i)
+    {
+        const std::string word = words[i];
+        arguments.push_back(word[0] == '-' && Timeline::isNumber(word) ? " " + word : word);
+    }
+    return arguments;
+}
 
 } // namespace
 
@@ -24,15 +43,15 @@ int main(int count, char** words)
     CLI::App app("Looks at the script of a show, judges it, compares and edits it.", "timeline");
     app.require_subcommand(1);
     app.get_formatter()->label("SUBCOMMAND", "COMMAND");
-    app.get_formatter()->label("Subcommands", "Commands");
     app.get_formatter()->label("Positionals", "Arguments");
     app.footer(Timeline::wrapped(
         "'timeline COMMAND --help' tells more about a command. The exit status is 0 when all is fine or equal, "
         "1 with findings or differences, and 2 when something cannot be done."));
     for (const Add add : COMMANDS) add(app, status);
+    for (CLI::App* command : app.get_subcommands({})) command->group("Commands");
     try
     {
-        app.parse(count, words);
+        app.parse(argumentsOf(count, words));
         return status;
     }
     catch (const CLI::ParseError& error)
