@@ -33,21 +33,30 @@ std::string contents(const Score& score, double by)
     return text;
 }
 
-// Removes all outer entries but the chosen ones, and the comments that stand before what goes.
+// Removes all outer entries but the chosen ones, and the comments that stand before what goes. Of the blank lines
+// around what goes one stays.
 void keepOnly(const Score& score, const std::set<const Node*>& kept, Edits& edits)
 {
-    std::vector<const Node*> comments;
-    for (const std::unique_ptr<Node>& node : score.document().root().children)
+    const Document& document = score.document();
+    std::size_t begin = document.root().open.end; // what lies between here and the next node to stay goes
+    const Node* comments = nullptr;               // the first of those before the next tag
+    bool goes = false;                            // the tag before was removed
+    for (const std::unique_ptr<Node>& node : document.root().children)
     {
-        if (node->kind == Node::Kind::COMMENT) comments.push_back(node.get());
+        if (node->kind == Node::Kind::COMMENT && !comments) comments = node.get();
         if (node->kind != Node::Kind::TAG) continue;
-        if (kept.count(node.get()) == 0)
+        if (kept.count(node.get()) > 0)
         {
-            for (const Node* comment : comments) edits.remove(*comment);
-            edits.remove(*node);
+            const Node& first = comments ? *comments : *node;
+            if (goes)
+                edits.replace({begin, first.open.begin}, (begin == document.root().open.end ? "\n" : "\n\n") +
+                                                             document.indentAt(first.open.begin));
+            begin = node->span().end;
         }
-        comments.clear();
+        goes = kept.count(node.get()) == 0;
+        comments = nullptr;
     }
+    if (goes) edits.replace({begin, document.root().close.begin}, "\n");
 }
 
 } // namespace

@@ -28,12 +28,29 @@ std::size_t characterLength(const std::string& text, std::size_t position)
     return isOverlong || isOutside ? 0 : length;
 }
 
+class HelpFormatter : public CLI::Formatter
+{
+public:
+    std::string make_footer(const CLI::App* app) const override
+    {
+        return app->get_footer().empty() ? "" : "\n" + wrapped(app->get_footer()) + "\n";
+    }
+};
+
 } // namespace
+
+std::shared_ptr<CLI::Formatter> helpFormatter()
+{
+    auto formatter = std::make_shared<HelpFormatter>();
+    formatter->label("SUBCOMMAND", "COMMAND");
+    formatter->label("Positionals", "Arguments");
+    return formatter;
+}
 
 CLI::App* addCommand(CLI::App& app, const std::string& name, const std::string& about, const std::string& details)
 {
     CLI::App* const command = app.add_subcommand(name, about);
-    command->footer(wrapped(details));
+    command->footer(details);
     return command;
 }
 
@@ -115,6 +132,11 @@ void Target::write(const std::string& text, const Source& source) const
         writeFile(out, text);
     else
         throw Failure("Where to? Say -o OUT or --in-place");
+}
+
+void Target::tell(const std::string& line) const
+{
+    std::fprintf(out == "-" ? stderr : stdout, "%s\n", line.c_str());
 }
 
 std::string jsonText(const std::string& text)

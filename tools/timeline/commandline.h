@@ -35,12 +35,18 @@ struct Target
     // Writes `text`. `source` is where the script came from.
     void write(const std::string& text, const Source& source) const;
 
+    // Prints a line about what was done, where it does not get into the script.
+    void tell(const std::string& line) const;
+
     std::string out;
     bool inPlace = false;
 };
 
-// Adds a command: a line about it, and what more there is to tell, which is wrapped.
+// Adds a command: a line about it, and what more there is to tell, which help wraps.
 CLI::App* addCommand(CLI::App& app, const std::string& name, const std::string& about, const std::string& details);
+
+// Help as CLI11 formats it, in the words of this program and with wrapped texts. For the app; its commands inherit it.
+std::shared_ptr<CLI::Formatter> helpFormatter();
 
 // Breaks lines between words, at 80 columns at most; a line end in the text stays.
 std::string wrapped(const std::string& text);

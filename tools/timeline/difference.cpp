@@ -212,10 +212,13 @@ private:
             const Key& key = before.keys[i];
             const std::string where = "key at " + readable(entry.showStart() + before.local(key)) + " s";
             if (partners[i] < 0)
+            {
                 changes.push_back(where + " removed");
-            else if (key.value != after.keys[static_cast<std::size_t>(partners[i])].value)
-                changes.push_back(
-                    change(where + ":", key.value, after.keys[static_cast<std::size_t>(partners[i])].value));
+                continue;
+            }
+            const Key& other = after.keys[static_cast<std::size_t>(partners[i])];
+            if (key.time != other.time) changes.push_back(change(where + ": time", key.time, other.time));
+            if (key.value != other.value) changes.push_back(change(where + ":", key.value, other.value));
         }
         const std::vector<bool> isOld = takenOf(partners, after.keys.size());
         for (std::size_t i = 0; i < after.keys.size(); ++i)

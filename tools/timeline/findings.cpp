@@ -22,8 +22,10 @@ std::set<std::string> allowedCodes(const std::string& comment)
     std::set<std::string> codes;
     for (std::string word; words >> word && word != "--";)
     {
+        const bool isLast = word.back() == ':'; // a reason follows
         while (!word.empty() && (word.back() == ',' || word.back() == ';' || word.back() == ':')) word.pop_back();
         codes.insert(word);
+        if (isLast) break;
     }
     return codes;
 }

@@ -42,11 +42,9 @@ int main(int count, char** words)
     int status = Timeline::STATUS_FINE;
     CLI::App app("Looks at the script of a show, judges it, compares and edits it.", "timeline");
     app.require_subcommand(1);
-    app.get_formatter()->label("SUBCOMMAND", "COMMAND");
-    app.get_formatter()->label("Positionals", "Arguments");
-    app.footer(Timeline::wrapped(
-        "'timeline COMMAND --help' tells more about a command. The exit status is 0 when all is fine or equal, "
-        "1 with findings or differences, and 2 when something cannot be done."));
+    app.formatter(Timeline::helpFormatter());
+    app.footer("'timeline COMMAND --help' tells more about a command. The exit status is 0 when all is fine or equal, "
+               "1 with findings or differences, and 2 when something cannot be done.");
     for (const Add add : COMMANDS) add(app, status);
     for (CLI::App* command : app.get_subcommands({})) command->group("Commands");
     try

@@ -185,6 +185,7 @@ Partners matchKeys(const std::vector<Key>& before, const std::vector<Key>& after
     Partners partners(before.size(), -1);
     pairByKey(before, after, partners, [](const Key& key) { return keyOf(keyOf("", key.time), key.value); });
     pairByKey(before, after, partners, [](const Key& key) { return keyOf("", key.time); });
+    pairByKey(before, after, partners, [](const Key& key) { return key.value; });
     return partners;
 }
 

@@ -6,7 +6,6 @@
 #include "timemap.h"
 
 #include <cmath>
-#include <cstdio>
 #include <limits>
 
 namespace Timeline
@@ -37,7 +36,7 @@ void apply(const Source& source, const Target& target, const TimeMap& map, bool 
     Edits edits(score.document());
     const TimeChanges changes = mapTimes(score, edits, map, force);
     target.write(edits.apply(), source);
-    std::fprintf(stderr, "%s.\n", changes.text().c_str());
+    target.tell(changes.text() + ".");
 }
 
 } // namespace

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <limits>
 #include <utility>
 
@@ -81,7 +80,7 @@ public:
 private:
     bool wants(const char* what) const { return std::count(mOptions.what.begin(), mOptions.what.end(), what) > 0; }
 
-    static void say(const std::string& line) { std::fprintf(stderr, "%s\n", line.c_str()); }
+    void say(const std::string& line) const { mOptions.target.tell(line); }
 
     // Where something goes that is at `now` and was at `before` in the unchanged show.
     double place(const std::string& what, double before, double now) const

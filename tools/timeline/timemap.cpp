@@ -38,6 +38,7 @@ public:
             refuse(entry.label() + " would end when it starts or before (" + readable(newStart) + "-" +
                    readable(newEnd) + ")");
 
+        if (!mMap.concerns(start, end)) return;
         mEdits.setNumber(node, "start", static_cast<float>(newStart - originAfter));
         mEdits.setNumber(node, "end", static_cast<float>(newEnd - originAfter));
         if (std::fabs(newStart - start) > SAME_TIME) ++mChanges.moved;
@@ -144,6 +145,9 @@ TimeMap shiftMap(double from, double to, double by)
     TimeMap map;
     map.point = [=](double time) { return time >= from - SAME_TIME && time < to - SAME_TIME ? time + by : time; };
     map.end = [=](double time) { return time > from + SAME_TIME && time <= to + SAME_TIME ? time + by : time; };
+    map.concerns = [=](double start, double end) {
+        return start >= from - SAME_TIME ? start < to - SAME_TIME : end > from + SAME_TIME;
+    };
     return map;
 }
 

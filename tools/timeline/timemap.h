@@ -15,6 +15,10 @@ struct TimeMap
     std::function<double(double)> point; // starts, triggers, keys
     std::function<double(double)> end;   // ends, which do not belong to their entry any more
     double slope = 1.0;                  // of distances, such as the delay of a trigger
+
+    // Whether anything in an entry of this time may move: an entry that is over before the first change keeps the keys
+    // behind its end, for they shape its curves.
+    std::function<bool(double start, double end)> concerns = [](double, double) { return true; };
 };
 
 // What a change of times has done.
