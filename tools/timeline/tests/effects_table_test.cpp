@@ -36,7 +36,9 @@
 #include "sun.h"
 #include "twisterscene.h"
 
+#include <filesystem>
 #include <memory>
+#include <regex>
 #include <set>
 #include <sstream>
 #include <type_traits>
@@ -191,9 +193,18 @@ bool matters(Stage& stage, const EffectClass& effect, const Input* input, const 
     return false;
 }
 
+// The names of the table, those that any source of the effects compares with, and some that are nearly right.
 std::set<std::string> allNames()
 {
-    std::set<std::string> names = {"", "Alpha", "COLOR", "alpha ", "start", "max"};
+    std::set<std::string> names = {"", "Alpha", "COLOR", "alpha "};
+    const std::regex comparison("== \"([^\"]*)\"");
+    for (const auto& file : std::filesystem::recursive_directory_iterator(std::string(SOURCE_FOLDER) + "/demo"))
+    {
+        if (file.path().extension() != ".cpp") continue;
+        const std::string text = Timeline::readFile(file.path());
+        for (std::sregex_iterator match(text.begin(), text.end(), comparison), end; match != end; ++match)
+            names.insert((*match)[1]);
+    }
     for (const EffectClass& effect : EffectTable::builtIn().classes())
     {
         for (const Input& input : effect.triggers) names.insert(input.name);

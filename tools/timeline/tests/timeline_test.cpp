@@ -161,6 +161,28 @@ TEST(Check, findsEachMistakeAndNotItsNeighbour)
     for (const Case& test : cases) EXPECT_EQ(codes(test.text), test.found) << test.text;
 }
 
+// The manual's example of each code has the finding, first of all.
+TEST(Check, findsWhatTheManualShows)
+{
+    const std::string manual = readFile(std::string(SOURCE_FOLDER) + "/docs/timeline.md");
+    const std::string heading = "\n### `";
+    int examples = 0;
+    for (std::size_t at = manual.find(heading); at != std::string::npos; at = manual.find(heading, at + 1))
+    {
+        const std::size_t begin = at + heading.size();
+        const std::string code = manual.substr(begin, manual.find('`', begin) - begin);
+        const std::string section = manual.substr(begin, manual.find(heading, begin) - begin);
+        const std::size_t example = section.find("\n    <");
+        if (example == std::string::npos) continue;
+        const std::string text = section.substr(example + 5, section.find('\n', example + 1) - example - 5);
+        const bool isWhole = text.compare(0, 7, "<script") == 0 || text.compare(0, 5, "<show") == 0;
+        const std::string found = codes(isWhole ? text : whole(text));
+        EXPECT_NE(("!" + found).find("!" + code + ":"), std::string::npos) << code << " gives " << found;
+        ++examples;
+    }
+    EXPECT_EQ(examples, 26);
+}
+
 TEST(Check, saysWhenAndWhatMayHaveBeenMeant)
 {
     const std::string text =
