@@ -43,11 +43,21 @@ std::vector<Finding> gather(const Options& options, const EffectTable& effects)
     for (const std::string& file : options.files) append(all, checkScript(readFile(file), file, effects));
     if (!options.files.empty() && options.show.empty()) return all;
 
-    Show show(showFolder(options.show));
-    append(all, checkShow(show, effects));
-    if (!options.files.empty()) return all;
-    for (const std::string& script : show.scripts())
-        if (!show.read(script).isNull()) append(all, checkScript(show.readText(script), show.labelOf(script), effects));
+    try
+    {
+        Show show(showFolder(options.show));
+        append(all, checkShow(show, effects));
+        if (!options.files.empty()) return all;
+        for (const std::string& script : show.scripts())
+            if (!show.read(script).isNull())
+                append(all, checkScript(show.readText(script), show.labelOf(script), effects));
+    }
+    catch (const SyntaxError& error)
+    {
+        Findings findings(error.file());
+        findings.add(Severity::ERROR, error.line(), "syntax", error.text());
+        append(all, findings.take());
+    }
     return all;
 }
 

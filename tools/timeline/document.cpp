@@ -98,7 +98,7 @@ private:
 };
 
 // What the player's reader says about the text: nothing, or its error.
-void judge(const std::string& text, bool onlyClosingTagEnds)
+void judge(const std::string& text, bool onlyClosingTagEnds, const std::string& path)
 {
     if (text.size() > INT_MAX) throw Failure("The text is too long (2 GiB or more)");
     Xml::XmlParser parser;
@@ -111,7 +111,7 @@ void judge(const std::string& text, bool onlyClosingTagEnds)
     {
         int line = 1;
         if (std::sscanf(error.what(), "(error at line %d", &line) != 1) line = 1;
-        throw SyntaxError(error.what(), line);
+        throw SyntaxError(error.what(), line, path);
     }
 }
 
@@ -130,14 +130,14 @@ const std::string& Node::value(std::string_view attribute) const
     return found ? found->value : EMPTY;
 }
 
-Document::Document(std::string text, bool onlyClosingTagEnds) : mText(std::move(text))
+Document::Document(std::string text, bool onlyClosingTagEnds, const std::string& path) : mText(std::move(text))
 {
-    judge(mText, onlyClosingTagEnds);
-    read(onlyClosingTagEnds);
+    judge(mText, onlyClosingTagEnds, path);
+    read(onlyClosingTagEnds, path);
 }
 
 // The same walk as the parser's: a closed tag of the innermost open tag's name ends it.
-void Document::read(bool onlyClosingTagEnds)
+void Document::read(bool onlyClosingTagEnds, const std::string& path)
 {
     Xml::BufferReader reader(mText.data(), static_cast<unsigned int>(mText.size()));
     Node* open = nullptr;
@@ -167,7 +167,7 @@ void Document::read(bool onlyClosingTagEnds)
         node->parent = open;
         node->depth = open ? open->depth + 1 : 0;
         if (node->depth > MAX_DEPTH)
-            throw Failure("Tags are nested more than " + std::to_string(MAX_DEPTH) + " deep in line " +
+            throw Failure(path + ": tags are nested more than " + std::to_string(MAX_DEPTH) + " deep in line " +
                           std::to_string(node->line));
         switch (tag.mType)
         {

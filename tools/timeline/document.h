@@ -62,14 +62,22 @@ struct Node
     std::vector<std::unique_ptr<Node>> children;
 };
 
-// A text that the player refuses. `what()` is what it says, `line()` where it stopped.
+// A text that the player refuses. `text()` is what it says, `line()` where it stopped; `what()` names the file too.
 class SyntaxError : public Failure
 {
 public:
-    SyntaxError(const std::string& text, int line) : Failure(text), mLine(line) {}
+    SyntaxError(const std::string& text, int line, const std::string& file = "")
+        : Failure(file.empty() ? text : file + ": " + text), mText(text), mFile(file), mLine(line)
+    {
+    }
+
+    const std::string& text() const { return mText; }
+    const std::string& file() const { return mFile; }
     int line() const { return mLine; }
 
 private:
+    std::string mText;
+    std::string mFile;
     int mLine;
 };
 
@@ -80,7 +88,8 @@ class Document
 public:
     // `onlyClosingTagEnds`: as Xml::XmlParser::mOnlyClosingTagEnds; true for scripts. Throws SyntaxError, and Failure
     // for tags nested more than MAX_DEPTH deep.
-    Document(std::string text, bool onlyClosingTagEnds);
+    // `path` is for their messages.
+    Document(std::string text, bool onlyClosingTagEnds, const std::string& path = "");
     Document(const Document&) = delete;
     Document& operator=(const Document&) = delete;
 
@@ -104,7 +113,7 @@ public:
     Span lines(const Node& node) const;
 
 private:
-    void read(bool onlyClosingTagEnds);
+    void read(bool onlyClosingTagEnds, const std::string& path);
     int lineAt(std::size_t position);
 
     std::string mText;

@@ -89,7 +89,7 @@ const Input* EffectClass::spline(const std::string& spline) const
 
 EffectTable::EffectTable(const std::string& text, const std::string& path)
 {
-    const Document document(text, false);
+    const Document document(text, false, path);
     const Reader reader(path);
     if (document.root().name != "effects") reader.refuse(document.root(), "the root is not <effects>");
     for (const std::unique_ptr<Node>& node : document.root().children)

@@ -49,12 +49,12 @@ double valueOf(const Spline& spline, const Key& key)
            static_cast<double>(spline.valueOffset);
 }
 
-void printEntry(const Entry& entry, std::size_t timeWidth)
+void printEntry(const Entry& entry, std::size_t timeWidth, bool hasNumber)
 {
     const std::string indent(2 * static_cast<std::size_t>(entry.node->depth - 1), ' ');
     const std::string time = readable(entry.showStart()) + "-" + readable(entry.showEnd());
-    std::printf("%s%s %s %s%s\n", indent.c_str(), pad(entry.number, 4).c_str(), pad(time, timeWidth).c_str(),
-                entry.name.c_str(), entry.enabled ? "" : " (off)");
+    std::printf("%s%s%s %s%s\n", indent.c_str(), hasNumber ? (pad(entry.number, 4) + " ").c_str() : "",
+                pad(time, timeWidth).c_str(), entry.name.c_str(), entry.enabled ? "" : " (off)");
     for (const Trigger& trigger : entry.triggers)
         std::printf("%s     @ %s%s%s at %s\n", indent.c_str(), trigger.name.c_str(), trigger.value.empty() ? "" : " ",
                     trigger.value.c_str(), firings(entry, trigger).c_str());
@@ -138,12 +138,14 @@ void addPrint(CLI::App& app, int&)
     {
         Source source;
         bool summary = false;
+        bool noNumbers = false;
         bool json = false;
     };
     const auto options = std::make_shared<Options>();
     CLI::App* const command = addCommand(app, "print", ABOUT, DETAILS);
     options->source.addTo(*command);
     command->add_flag("--summary", options->summary, "Only how much there is, and of what");
+    command->add_flag("--no-numbers", options->noNumbers, "Without the numbers of entries, which a new entry changes");
     addJson(*command, options->json);
     command->callback([options] {
         const Score score = options->source.load();
@@ -160,7 +162,7 @@ void addPrint(CLI::App& app, int&)
         std::size_t width = 0;
         for (const Entry* entry : all)
             width = std::max(width, (readable(entry->showStart()) + "-" + readable(entry->showEnd())).size());
-        for (const Entry* entry : all) printEntry(*entry, width);
+        for (const Entry* entry : all) printEntry(*entry, width, !options->noNumbers);
         std::printf("end  %s\n", readable(score.end()).c_str());
     });
 }

@@ -115,7 +115,7 @@ std::string Entry::label() const
 }
 
 Score::Score(std::string text, std::string path)
-    : mPath(std::move(path)), mDocument(std::make_unique<Document>(std::move(text), true))
+    : mPath(std::move(path)), mDocument(std::make_unique<Document>(std::move(text), true, mPath))
 {
     if (mDocument->root().name != "script") return;
     mEntries = readEntries(mDocument->root(), nullptr);

@@ -441,7 +441,7 @@ std::vector<Finding> checkScript(const std::string& text, const std::string& pat
     catch (const SyntaxError& error)
     {
         Findings findings(path);
-        findings.add(Severity::ERROR, error.line(), "syntax", error.what());
+        findings.add(Severity::ERROR, error.line(), "syntax", error.text());
         return findings.take();
     }
 }

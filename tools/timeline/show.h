@@ -17,7 +17,7 @@ namespace Timeline
 class Show
 {
 public:
-    // Throws Failure when there is no configuration, or it cannot be read.
+    // Throws Failure when there is no configuration, and SyntaxError when it cannot be read.
     explicit Show(const std::string& folder);
 
     // A file by its name in the archives; null if none has it.

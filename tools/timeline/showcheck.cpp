@@ -64,6 +64,12 @@ private:
     void checkConfiguration(Findings& findings)
     {
         const Node& root = mShow.configuration().root();
+        if (root.name != "demo")
+        {
+            findings.add(Severity::ERROR, root, "root",
+                         "the root is <" + root.name + ">, not <demo>: nothing is set up");
+            return;
+        }
         std::set<std::string> seen;
         for (const std::unique_ptr<Node>& node : root.children)
         {
@@ -170,7 +176,7 @@ private:
         const std::string label = mShow.labelOf(file);
         try
         {
-            const Document document(text, false);
+            const Document document(text, false, label);
             Findings findings(label, document);
             const Node* scene = nullptr;
             for (const std::unique_ptr<Node>& node : document.root().children)
@@ -193,7 +199,7 @@ private:
         catch (const SyntaxError& error)
         {
             Findings findings(label);
-            findings.add(Severity::ERROR, error.line(), "syntax", error.what());
+            findings.add(Severity::ERROR, error.line(), "syntax", error.text());
             return findings.take();
         }
     }

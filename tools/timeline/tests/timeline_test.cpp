@@ -7,6 +7,7 @@
 #include "numbers.h"
 #include "scriptcheck.h"
 #include "selection.h"
+#include "showcheck.h"
 #include "timemap.h"
 #include "writer.h"
 
@@ -15,7 +16,9 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
+#include <unistd.h>
+
+#include <filesystem>
 #include <limits>
 
 using namespace Timeline;
@@ -191,6 +194,48 @@ TEST(Check, saysWhenAndWhatMayHaveBeenMeant)
     ASSERT_EQ(found.size(), 1u);
     EXPECT_EQ(found[0].text, "sun 2-4: spline 'aplha' means nothing to this effect; did you mean 'alpha'?");
     EXPECT_EQ(found[0].time, 2.0);
+}
+
+// A show whose one effect reads a picture and whose other one reads a scene description.
+TEST(Check, looksAtConfigurationPicturesAndScenes)
+{
+    const EffectTable table("<effects><effect class='A' shows='a' draws='yes' clears='yes' seek='same'>"
+                            "<name name='a' reads='scene.xml'/><file name='a.png'/></effect></effects>",
+                            "table");
+    const std::filesystem::path folder =
+        std::filesystem::temp_directory_path() / ("timeline_test." + std::to_string(getpid()));
+    std::filesystem::create_directories(folder / "data");
+    const std::string picture = readFile(std::string(SOURCE_FOLDER) + "/data/tidewheel_logo.png");
+    const std::string configuration = "<demo><window width='8' height='6' type='opengl'/><script file='s.xml'/></demo>";
+    const std::string scene = "<x><scene filename='a.y3d'/></x>";
+    const auto look = [&](const std::string& config, const std::string& image, const std::string& description) {
+        for (const auto& [name, text] :
+             {std::pair("tidewheel.xml", config), {"data/a.png", image}, {"scene.xml", description}})
+        {
+            std::filesystem::remove(folder / name);
+            if (!text.empty()) writeFile((folder / name).string(), text);
+        }
+        writeFile((folder / "data/s.xml").string(), "<script></script>");
+        Show show(folder.string());
+        std::string found;
+        for (const Finding& finding : checkShow(show, table)) found += finding.code + " ";
+        return found;
+    };
+    const std::string noScene = "missing-file "; // of the one that the description names
+    EXPECT_EQ(look(configuration, picture, scene), noScene);
+    EXPECT_EQ(look(configuration, "", scene), "missing-file " + noScene);
+    EXPECT_EQ(look(configuration, picture.substr(0, 99), scene), "bad-picture " + noScene);
+    EXPECT_EQ(look(configuration, picture, ""), "missing-file ");
+    EXPECT_EQ(look(configuration, picture, "<x><cene/></x>"), "unknown-tag root ");
+    EXPECT_EQ(look(configuration, picture, "<x"), "syntax ");
+    EXPECT_EQ(look("<dmeo></dmeo>", picture, scene), "root " + noScene);
+    EXPECT_EQ(look("<demo><script file='s.xml'/><time strat='1'/><hud mini='yes'/></demo>", picture, scene),
+              "unknown-attribute odd-value root " + noScene);
+    EXPECT_EQ(
+        look("<demo><window width='0' height='6' type='opengl'/><script file='s.xml'/><music file='m.ogg'/></demo>",
+             picture, scene),
+        "bad-value missing-file " + noScene);
+    std::filesystem::remove_all(folder);
 }
 
 TEST(Shift, movesStretchesAndCutsInTwo)
