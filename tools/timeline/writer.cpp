@@ -5,6 +5,7 @@
 #include "numbers.h"
 
 #include <algorithm>
+#include <string_view>
 #include <utility>
 
 namespace Timeline
@@ -73,8 +74,8 @@ private:
     void writeNode(const Document& document, const Node& node, int depth, bool sameLine)
     {
         if (&document == &mDocument) addAll(node, depth, &Additions::before);
-        startLine(document, node, depth, sameLine);
-        const Node* const old = replacement(node);
+        const Node* const old = &document == &mDocument ? replacement(node) : nullptr;
+        startLine(old ? *mAdditions->document : document, old ? *old : node, depth, sameLine);
         if (old)
             mText.append(mAdditions->document->bytes(old->span()));
         else if (node.kind == Node::Kind::COMMENT)
