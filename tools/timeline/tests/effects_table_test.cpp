@@ -307,7 +307,7 @@ TEST(EffectsTable, agreesWithTheReadmeAndTheDescriptions)
         for (std::string line; std::getline(lines, line);)
         {
             std::smatch named;
-            if (!std::regex_search(line, named, std::regex("^\\| (trigger|spline)[^|]*\\| ([^|]*)\\|"))) continue;
+            if (!std::regex_search(line, named, std::regex("^\\| (trigger|spline) \\| ([^|]*)\\|"))) continue;
             if (line.find("no effect") != std::string::npos || line.find("changes nothing") != std::string::npos)
                 continue;
             const std::string names = named[2];
