@@ -161,7 +161,6 @@ std::string drawn(Stage& stage, Made (*maker)(), const std::vector<Sent>& inputs
         }
         text << '\n';
     }
-    for (const float number : GLRecorder::gl.state.clearColor) text << number << ' ';
     text << GLRecorder::gl.state.stencilFunction[0];
     return text.str();
 }
