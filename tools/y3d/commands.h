@@ -25,6 +25,7 @@ struct Arguments
 
 int runInfo(const Arguments& arguments);
 int runCheck(const Arguments& arguments);
+int runImport(const Arguments& arguments);
 int runCopy(const Arguments& arguments);
 int runOptimize(const Arguments& arguments);
 int runStrips(const Arguments& arguments);

@@ -49,7 +49,7 @@ def mesh(*chunks):
 
 
 def material(*attributes):
-    return chunk(0x6000, name("mat"), chunk(0x6101, b"\0"), chunk(0x6111, b"\1"), *attributes)
+    return chunk(0x6000, name("mat"), chunk(0x6101, b"\1"), chunk(0x6111, b"\1"), *attributes)
 
 
 def attribute(text, *textures, color=(1, 1, 1, 1)):
@@ -139,7 +139,7 @@ class Tool(unittest.TestCase):
 FILE: %d bytes, 1 mesh, 1 material, 1 image, 1 scene
 mesh 'tri': 1 submesh, 3 vertices, 1 triangle, box (0, 0, 0) to (1, 1, 0)
   submesh 0: material 'mat', 3 vertices, 3 indices, normals, 1 texture channel, box (0, 0, 0) to (1, 1, 0)
-material 'mat': lit
+material 'mat': shadeless
   'diffuse': (1, 1, 1, 1)
     texture 'tex': image 'img'
 image 'img': file 'a.png'
