@@ -6,7 +6,6 @@
 #include "y3d_exception.h"
 
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 
@@ -14,17 +13,6 @@ namespace
 {
 
 namespace fs = std::filesystem;
-
-double numberOf(const Arguments& arguments, const std::string& option, double fallback, double smallest, double largest)
-{
-    if (!arguments.has(option)) return fallback;
-    const std::string& text = arguments.options.at(option);
-    char* end;
-    const double number = std::strtod(text.c_str(), &end);
-    if (text.empty() || *end || !(number >= smallest && number <= largest))
-        throw y3d::Exception("%s takes a number from %g to %g", option.c_str(), smallest, largest);
-    return number;
-}
 
 void writeFile(const fs::path& path, const void* data, std::size_t size)
 {

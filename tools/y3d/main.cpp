@@ -72,6 +72,17 @@ const Command COMMANDS[] = {
      2,
      {{"--scene", true}, {"--animation", true}, {"--fps", true}, {"--scale", true}, {"--texture-path", true}},
      runImport},
+    {"export",
+     "[--pictures FOLDER] [--fps N] [--length SECONDS] IN OUT",
+     "Makes a GLB file (glTF 2.0) out of a scene file, with the pictures in it. Prints what had to be left\n"
+     "out or sampled.\n"
+     "\n"
+     "  --pictures FOLDER    where the pictures are, instead of the folder that is named like IN, or that of IN\n"
+     "  --fps N              samples a second, 30 at first, where a curve has no form of its own there\n"
+     "  --length SECONDS     how long movements last that have no end, instead of to the scene's last key\n",
+     2,
+     {{"--pictures", true}, {"--fps", true}, {"--length", true}},
+     runExport},
     {"optimize",
      "[--cache N] IN OUT",
      "Reads a scene file and writes it again with all meshes prepared: equal vertices merged and\n"

@@ -21,9 +21,9 @@ bool isFinite(const Vector3f& v)
     return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
 }
 
-std::size_t countWild(const y3d::StructList<Vector3f>* list)
+bool isWild(const y3d::StructList<Vector3f>* list)
 {
-    return list ? std::count_if(list->begin(), list->end(), [](const Vector3f& v) { return !isFinite(v); }) : 0;
+    return list && !std::all_of(list->begin(), list->end(), isFinite);
 }
 
 // With room for the rounding of who has made it.
@@ -120,9 +120,7 @@ std::vector<std::string> oddsOf(const y3d::Submesh& submesh)
     if (submesh.getNumUVWs() > 2) odds.push_back("has texture channels behind the second, which are ignored");
     if (!submesh.mBoneGroups.empty()) odds.push_back("has bone groups, which are ignored");
 
-    std::size_t wild = countWild(submesh.getPositions()) + countWild(submesh.getNormals());
-    for (const y3d::UVWList* uvw : submesh.mUVWs) wild += countWild(uvw);
-    if (wild != 0) odds.push_back("has " + counted(wild, "vector", "vectors") + " that are no numbers");
+    if (hasWildNumbers(submesh)) odds.push_back("has values that are no numbers");
     if (!faultsOf(submesh).empty()) return odds; // the triangles cannot be looked at
 
     const auto isOutside = [&](const y3d::Index index) {
@@ -132,6 +130,12 @@ std::vector<std::string> oddsOf(const y3d::Submesh& submesh)
         odds.push_back("has a bounding box that does not hold its vertices");
     if (isInsideOut(submesh)) odds.push_back("has triangles that mostly face inward");
     return odds;
+}
+
+bool hasWildNumbers(const y3d::Submesh& submesh)
+{
+    return isWild(submesh.getPositions()) || isWild(submesh.getNormals()) ||
+           std::any_of(submesh.mUVWs.begin(), submesh.mUVWs.end(), isWild);
 }
 
 bool holdsSubmeshes(const y3d::Mesh& mesh)

@@ -63,8 +63,9 @@ y3d::Light* Lights::make(int number, const std::string& name) const
     light->mEnergy.mCurve.mBaseValue = 1.0f;
     setTrack(&light->mScale, Vec3{1, 1, 1});
     setColor(light.get(), source, number);
-    if (getFullIntensity(source) > 1.0)
-        mLosses.tell(title + " is dimmed to " + shown(static_cast<float>(source.intensity / getFullIntensity(source))) +
+    const double part = source.intensity / getFullIntensity(source);
+    if (getFullIntensity(source) > 1.0 && part < 1.0)
+        mLosses.tell(title + " is dimmed to " + shown(static_cast<float>(part)) +
                      ", the part that it has of the strongest one");
 
     const double range = source.range > 0 ? source.range : DEFAULT_DISTANCE;
