@@ -139,6 +139,31 @@ void checkBuffers(const nlohmann::json& description)
     if (total > static_cast<double>(MAX_BUFFERS)) throw y3d::Exception("its buffers are too large");
 }
 
+// The parser passes over channels that move no node.
+void addPropertyChannels(const nlohmann::json& description, Model* model)
+{
+    const auto animations = description.find("animations");
+    if (animations == description.end() || !animations->is_array()) return;
+    const nlohmann::json::json_pointer place("/target/extensions/KHR_animation_pointer/pointer");
+    for (std::size_t i = 0; i < std::min(animations->size(), model->animations.size()); ++i)
+    {
+        const nlohmann::json& animation = (*animations)[i];
+        if (!animation.is_object() || !animation.contains("channels")) continue;
+        for (const nlohmann::json& channel : animation["channels"])
+        {
+            if (!channel.is_object() || !channel.contains(place) || !channel[place].is_string() ||
+                !channel.contains("sampler") || !channel["sampler"].is_number_integer())
+                continue;
+            tinygltf::AnimationChannel added;
+            added.sampler = channel["sampler"].get<int>();
+            added.target_path = "pointer";
+            added.target_extensions["KHR_animation_pointer"] = tinygltf::Value(
+                tinygltf::Value::Object{{"pointer", tinygltf::Value(channel[place].get<std::string>())}});
+            model->animations[i].channels.push_back(added);
+        }
+    }
+}
+
 void checkExtensions(const Model& model)
 {
     const char* const known[] = {"KHR_lights_punctual",   "KHR_materials_unlit",   "KHR_materials_emissive_strength",
@@ -189,7 +214,8 @@ Model parse(const std::vector<unsigned char>& bytes, const std::string& folder)
     if (size > MAX_DESCRIPTION) throw y3d::Exception("its description is too large");
     const char* text = reinterpret_cast<const char*>(bytes.data()) + begin;
     checkNesting(text, size);
-    checkBuffers(nlohmann::json::parse(text, text + size));
+    const nlohmann::json description = nlohmann::json::parse(text, text + size);
+    checkBuffers(description);
 
     Files files;
     files.folder = folder;
@@ -205,6 +231,7 @@ Model parse(const std::vector<unsigned char>& bytes, const std::string& folder)
     if (!read && error.empty()) error = warning.empty() ? "is no glTF file" : warning;
     if (!read) throw y3d::Exception("%s", firstLine(error).c_str());
     checkExtensions(model);
+    addPropertyChannels(description, &model);
     return model;
 }
 
