@@ -1,6 +1,6 @@
 #include "meshorder.h"
 
-#include "scenefile.h"
+#include "silentoutput.h"
 #include "ytd_utils.h"
 
 namespace

@@ -4,6 +4,7 @@
 #include "meshcheck.h"
 #include "nodes.h"
 #include "picturecheck.h"
+#include "silentoutput.h"
 #include "text.h"
 #include "y3d_camera.h"
 #include "y3d_chunks.h"

@@ -24,6 +24,8 @@ namespace
 using Json = Glb::Json;
 
 // The view of the player.
+const double PI = 3.14159265358979324;
+const double FARTHEST_LAMP = 1000.0; // beyond that the sums of other programs have no use for it
 const double ASPECT = 4.0 / 3.0, NEAR_PLANE = 0.1, FAR_PLANE = 2000.0;
 
 double lastKeyOf(const y3d::SceneNode& node)
@@ -174,9 +176,17 @@ private:
         const double strength = strengthOf(light.getLightColor());
         Json parts = Json::array();
         for (const float part : {color.r, color.g, color.b}) parts.push_back(toLight(std::max(part, 0.0f)) / strength);
-        Json json = {{"name", light.getName()}, {"type", "point"}, {"color", parts}, {"intensity", strength}};
         const float distance = light.getDistance().getValue(0);
-        if (distance > 0 && std::isfinite(distance)) json["range"] = distance;
+        const bool hasRange = distance > 0 && std::isfinite(distance);
+        // As bright as here, for a surface of matt white, at the distance of half the brightness.
+        const double reach = hasRange ? std::min<double>(distance, FARTHEST_LAMP) : 1.0;
+        const double full = PI / 2 * reach * reach;
+        Json json = {{"name", light.getName()},
+                     {"type", "point"},
+                     {"color", parts},
+                     {"intensity", full * strength},
+                     {"extras", {{"y3d", {{"full", full}}}}}};
+        if (hasRange) json["range"] = distance;
 
         mGlb.use("KHR_lights_punctual");
         Json& lights = mGlb.description["extensions"]["KHR_lights_punctual"]["lights"];

@@ -22,15 +22,22 @@ bool isSun(const tinygltf::Light& light)
     return light.type == "directional";
 }
 
+// What a light of ours had as full when it was exported; 0 for others.
+double ownFull(const tinygltf::Light& light)
+{
+    if (!light.extras.IsObject() || !light.extras.Has("y3d") || !light.extras.Get("y3d").IsObject()) return 0.0;
+    const tinygltf::Value& full = light.extras.Get("y3d").Get("full");
+    return full.IsNumber() ? full.GetNumberAsDouble() : 0.0;
+}
+
 } // namespace
 
 Lights::Lights(const Model& model, const Motions& motions, double scale, Losses& losses)
     : mModel(model), mMotions(motions), mScale(scale), mLosses(losses)
 {
-    // What this tool has exported keeps its brightness, also above 1.
-    if (model.asset.generator.rfind("y3d", 0) == 0) return;
     for (const tinygltf::Light& light : model.lights)
     {
+        if (ownFull(light) > 0) continue;
         double& full = isSun(light) ? mFullSun : mFullLamp;
         full = std::max(full, light.intensity);
     }
@@ -50,6 +57,7 @@ double Lights::getBackset(int number) const
 
 double Lights::getFullIntensity(const tinygltf::Light& light) const
 {
+    if (ownFull(light) > 0) return ownFull(light);
     return isSun(light) ? mFullSun : mFullLamp;
 }
 
@@ -64,7 +72,7 @@ y3d::Light* Lights::make(int number, const std::string& name) const
     setTrack(&light->mScale, Vec3{1, 1, 1});
     setColor(light.get(), source, number);
     const double part = source.intensity / getFullIntensity(source);
-    if (getFullIntensity(source) > 1.0 && part < 1.0)
+    if (ownFull(source) == 0 && getFullIntensity(source) > 1.0 && part < 1.0)
         mLosses.tell(title + " is dimmed to " + shown(static_cast<float>(part)) +
                      ", the part that it has of the strongest one");
 
