@@ -120,7 +120,7 @@ private:
         int place = number;
         if (hasPivot)
         {
-            Json pivot = {{"name", node.getName() + ".pivot"}, {"children", {number}}};
+            Json pivot = {{"name", node.getName() + ".pivot"}, {"children", Json::array({number})}};
             setPlace(&pivot, node);
             place = mGlb.add("nodes", pivot);
         }

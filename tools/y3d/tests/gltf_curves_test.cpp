@@ -44,7 +44,7 @@ struct Movie
 
     const y3d::SceneNode& import()
     {
-        if (!animation.is_null()) glb.description["animations"] = {animation};
+        if (!animation.is_null()) glb.description["animations"] = Json::array({animation});
         gltf::importScene(gltf::readModel(glb.build(), "movie.glb", ""), "", {}, manager, losses);
         return *manager.mScenes.at(0);
     }

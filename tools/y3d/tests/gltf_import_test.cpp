@@ -37,7 +37,7 @@ struct Quad
 
     const y3d::Manager& import(const std::string& folder = "")
     {
-        glb.description["meshes"] = {{{"primitives", {primitive}}}};
+        glb.description["meshes"] = {{{"primitives", Json::array({primitive})}}};
         pictures = gltf::importScene(gltf::readModel(glb.build(), "quad.glb", folder), folder, options, manager, losses)
                        .pictures;
         return manager;
@@ -198,7 +198,7 @@ TEST(GltfImport, whatDoesNotFitIsTold)
     };
     const auto material = [](const Json& json) {
         return [json](Quad& quad) {
-            quad.glb.description["materials"] = {json};
+            quad.glb.description["materials"] = Json::array({json});
             quad.primitive["material"] = 0;
         };
     };
@@ -255,7 +255,7 @@ TEST(GltfImport, brokenFilesGetOneLine)
             Json made;
             made["samplers"] = {{{"input", quad.glb.addFloats(times, 1, true)}, {"output", 0}}};
             made["channels"] = {{{"sampler", 0}, {"target", {{"node", 0}, {"path", "translation"}}}}};
-            quad.glb.description["animations"] = {made};
+            quad.glb.description["animations"] = Json::array({made});
         };
     };
     for (const Case& test : std::initializer_list<Case>{
