@@ -14,3 +14,11 @@ double numberOf(const Arguments& arguments, const std::string& option, double fa
         throw y3d::Exception("%s takes a number from %g to %g", option.c_str(), smallest, largest);
     return number;
 }
+
+void refuseStreams(const Arguments& arguments, const char* command)
+{
+    for (const std::string& file : arguments.files)
+    {
+        if (file == "-") throw y3d::Exception("%s takes files by their names, not -", command);
+    }
+}

@@ -27,6 +27,9 @@ struct Arguments
 double numberOf(const Arguments& arguments, const std::string& option, double fallback, double smallest,
                 double largest);
 
+// Throws y3d::Exception where a file is -, for commands that put further files beside theirs.
+void refuseStreams(const Arguments& arguments, const char* command);
+
 int runInfo(const Arguments& arguments);
 int runCheck(const Arguments& arguments);
 int runExport(const Arguments& arguments);

@@ -26,6 +26,7 @@ int runExport(const Arguments& arguments)
 {
     const std::string& in = arguments.files[0];
     const std::string& out = arguments.files[1];
+    refuseStreams(arguments, "export");
     gltf::ExportOptions options;
     options.fps = numberOf(arguments, "--fps", options.fps, 0.1, 1000);
     options.length = numberOf(arguments, "--length", options.length, 0, 1e5);

@@ -39,6 +39,7 @@ int runImport(const Arguments& arguments)
 {
     const std::string& in = arguments.files[0];
     const fs::path out = arguments.files[1];
+    refuseStreams(arguments, "import");
     gltf::ImportOptions options;
     options.scene = static_cast<int>(numberOf(arguments, "--scene", -1, 0, 1e6));
     options.fps = numberOf(arguments, "--fps", 30, 0.1, 1000);

@@ -2,6 +2,7 @@
 
 #include "shading.h"
 #include "text.h"
+#include "y3d_exception.h"
 
 #include <algorithm>
 #include <cmath>
@@ -11,6 +12,8 @@ namespace gltf
 
 namespace
 {
+
+const double MAX_SAMPLES = 1e6;
 
 Quat eulerRotation(const std::vector<double>& angles)
 {
@@ -34,7 +37,16 @@ std::vector<double> within(const Pieces::Piece& piece, double s)
 Pieces Animator::cut(const std::vector<const y3d::TrackBlenderFloat*>& curves, const std::string& title,
                      const char* what)
 {
-    const Pieces pieces = cutCurves(curves, mSpan);
+    if (!(mSpan.end * mSpan.fps <= MAX_SAMPLES)) throw y3d::Exception("its animation is too long to be sampled");
+    Pieces pieces;
+    try
+    {
+        pieces = cutCurves(curves, mSpan);
+    }
+    catch (const y3d::Exception& exception)
+    {
+        throw y3d::Exception("%s: its %s %s", title.c_str(), what, exception.what());
+    }
     if (pieces.isSampled)
         mLosses.tell(title + ": its " + what + " is sampled " + shown(static_cast<float>(mSpan.fps)) +
                      " times a second");

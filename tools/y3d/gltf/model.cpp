@@ -70,6 +70,23 @@ struct Files
 
     static std::string expand(const std::string& name, void*) { return name; }
 
+    static bool write(std::string*, const std::string&, const std::vector<unsigned char>&, void*) { return false; }
+
+    static bool getSize(std::size_t* size, std::string*, const std::string& name, void* self)
+    {
+        Files& files = *static_cast<Files*>(self);
+        try
+        {
+            *size = std::filesystem::file_size(resolve(files.folder, name));
+            return true;
+        }
+        catch (const std::exception& exception)
+        {
+            files.trouble = exception.what();
+            return false;
+        }
+    }
+
     static bool read(std::vector<unsigned char>* bytes, std::string*, const std::string& name, void* self)
     {
         Files& files = *static_cast<Files*>(self);
@@ -87,6 +104,14 @@ struct Files
         }
     }
 };
+
+// Later versions of the parser ask for the size of a file first, and take no callbacks without that one.
+template <class Callbacks>
+auto setSizeCallback(Callbacks* callbacks, int) -> decltype(callbacks->GetFileSizeInBytes, void())
+{
+    callbacks->GetFileSizeInBytes = Files::getSize;
+}
+template <class Callbacks> void setSizeCallback(Callbacks*, long) {}
 
 // Pictures stay as they are. Those in buffers and files are not even copied: many images may name one.
 bool takePicture(tinygltf::Image* image, const int, std::string*, std::string*, int, int, const unsigned char* bytes,
@@ -221,7 +246,14 @@ Model parse(const std::vector<unsigned char>& bytes, const std::string& folder)
     files.folder = folder;
     tinygltf::TinyGLTF loader;
     loader.SetImageLoader(takePicture, nullptr);
-    loader.SetFsCallbacks({Files::exists, Files::expand, Files::read, nullptr, &files});
+    tinygltf::FsCallbacks callbacks = {};
+    callbacks.FileExists = Files::exists;
+    callbacks.ExpandFilePath = Files::expand;
+    callbacks.ReadWholeFile = Files::read;
+    callbacks.WriteWholeFile = Files::write;
+    callbacks.user_data = &files;
+    setSizeCallback(&callbacks, 0);
+    loader.SetFsCallbacks(callbacks);
     Model model;
     std::string error, warning;
     const unsigned int length = static_cast<unsigned int>(bytes.size());

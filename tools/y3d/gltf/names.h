@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+#include <map>
 #include <set>
 #include <string>
 
@@ -17,12 +19,14 @@ public:
         const std::string text = name.c_str();
         const std::string base = text.empty() ? fallback : text;
         std::string result = base;
-        for (int number = 2; !mTaken.insert(result).second; ++number) result = base + "." + std::to_string(number);
+        int& number = mNumbers[base]; // the last one, so that many of one name do not search again and again
+        while (!mTaken.insert(result).second) result = base + "." + std::to_string(number = std::max(number + 1, 2));
         return result;
     }
 
 private:
     std::set<std::string> mTaken;
+    std::map<std::string, int> mNumbers; // by name
 };
 
 } // namespace gltf

@@ -53,6 +53,14 @@ public:
             addLevel(0, mSpan.end, mCurve.mBaseValue);
             return mParts;
         }
+        for (const TrackBlenderFloat::Key& key : mKeys)
+        {
+            for (const MathBase::Vector2f& point : {key.mHandleIn, key.mPoint, key.mHandleOut})
+            {
+                if (!std::isfinite(point.x) || !std::isfinite(point.y))
+                    throw y3d::Exception("has values that are no numbers");
+            }
+        }
         for (std::size_t i = 1; i < mKeys.size(); ++i)
         {
             if (!(mKeys[i].mPoint.x >= mKeys[i - 1].mPoint.x))
@@ -194,6 +202,11 @@ Pieces cutCurves(const std::vector<const y3d::TrackBlenderFloat*>& curves, const
     for (const TrackBlenderFloat* curve : curves)
     {
         parts.push_back(Cutter(*curve, span, &result).run());
+        if (parts.back().empty()) // all keys at one time
+        {
+            const double value = curve->getValue(0);
+            parts.back().push_back({0, span.end, value, value, 0, 0});
+        }
         for (const Part& part : parts.back()) cuts.insert(cuts.end(), {part.from, part.to});
     }
     std::sort(cuts.begin(), cuts.end());
