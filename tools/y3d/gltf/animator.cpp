@@ -13,7 +13,7 @@ namespace gltf
 namespace
 {
 
-const double MAX_SAMPLES = 1e6;
+const double MAX_SAMPLES = 1e5; // nearly an hour at 30 a second
 
 Quat eulerRotation(const std::vector<double>& angles)
 {

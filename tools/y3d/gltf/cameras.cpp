@@ -14,8 +14,8 @@ namespace gltf
 namespace
 {
 
-const std::size_t MAX_SAMPLES = 1000000;
-const double JUST_BEFORE = 1e-5; // seconds in front of a step, where a sampled curve still has the value before
+const std::size_t MAX_SAMPLES = 100000; // nearly an hour at 30 a second
+const double JUST_BEFORE = 1e-5;        // seconds in front of a step, where a sampled curve still has the value before
 
 bool isEven(const Mat3& m)
 {

@@ -13,7 +13,7 @@ namespace
 
 using y3d::TrackBlenderFloat;
 
-const std::size_t MAX_PIECES = 1000000;
+const std::size_t MAX_PIECES = 100000;
 const double JUMP_TIME = 1e-5;
 
 // A piece of one curve.
