@@ -63,6 +63,7 @@ int runImport(const Arguments& arguments)
         const bool isNamed = trouble.compare(0, in.size(), in) == 0;
         throw y3d::Exception("%s", isNamed ? trouble.c_str() : (in + ": " + trouble).c_str());
     }
+    writeSceneFile(manager, out); // first: its folder is not made, that of the pictures is
     const fs::path pictures = out.parent_path() / texturePath;
     std::error_code error;
     if (!imported.pictures.empty()) fs::create_directories(pictures, error);
@@ -70,7 +71,6 @@ int runImport(const Arguments& arguments)
     {
         writeFile(pictures / picture.name, picture.bytes.data(), picture.bytes.size());
     }
-    writeSceneFile(manager, out);
     writeDescription(fs::path(out).replace_extension(".xml"), out, texturePath, imported.sceneName);
 
     for (const std::string& line : losses.getLines()) std::printf("note: %s\n", line.c_str());

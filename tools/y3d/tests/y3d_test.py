@@ -345,6 +345,8 @@ scene 'Scene': 4 nodes
         for arguments, trouble in [
                 (("import", "--fps", "x", model, back), "y3d: --fps takes a number from 0.1 to 1000\n"),
                 (("import", self.path, back), "y3d: %s: is no glTF file\n" % self.path),
+                (("import", model, self.folder + "/no/x.y3d"),
+                 "y3d: %s/no/x.y3d: No such file or directory\n" % self.folder),
                 (("import", "--scene", "4", model, back), "y3d: %s: has no scene 4\n" % model),
                 (("export", self.path, self.folder), "y3d: %s: cannot be written\n" % self.folder)]:
             self.assertEqual(self.run_tool(*arguments), (2, b"", trouble))
