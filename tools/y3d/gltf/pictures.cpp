@@ -5,6 +5,7 @@
 
 #include <png.h>
 
+#include <cctype>
 #include <cstring>
 #include <filesystem>
 
