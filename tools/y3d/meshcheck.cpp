@@ -1,6 +1,7 @@
 #include "meshcheck.h"
 
 #include "text.h"
+#include "ytd_format.h"
 #include "ytd_utils.h"
 
 #include <algorithm>
@@ -95,14 +96,14 @@ std::vector<std::string> faultsOf(const y3d::Submesh& submesh)
     if (!submesh.hasBoundingBox()) faults.push_back("has no bounding box");
 
     const unsigned int format = ytd::Utils::getFormat(&submesh);
-    if (format & 8) faults.push_back("has a second texture channel");
-    if (format & (16 | 32)) faults.push_back("has vertex colours");
-    if ((format & 2) && submesh.getNormals()->size() != vertices)
+    if (format & ytd::FORMAT_UVW_1) faults.push_back("has a second texture channel");
+    if (format & (ytd::FORMAT_COLOR_0 | ytd::FORMAT_COLOR_1)) faults.push_back("has vertex colours");
+    if ((format & ytd::FORMAT_NORMAL) && submesh.getNormals()->size() != vertices)
     {
         faults.push_back("has " + counted(submesh.getNormals()->size(), "normal", "normals") + " for " +
                          counted(vertices, "vertex", "vertices"));
     }
-    if ((format & 4) && submesh.getUVW(0)->size() != vertices)
+    if ((format & ytd::FORMAT_UVW_0) && submesh.getUVW(0)->size() != vertices)
     {
         faults.push_back("has " + counted(submesh.getUVW(0)->size(), "texture coordinate", "texture coordinates") +
                          " for " + counted(vertices, "vertex", "vertices"));
