@@ -1,5 +1,7 @@
 #include "mix.h"
 
+#include "score.h"
+
 namespace Music
 {
 
@@ -122,7 +124,7 @@ Track mix(const Orchestra& o)
     const std::size_t length = o.drums.size();
     const std::vector<float> duck = duckingCurve(o.kicks, length, 0.35f);
     Hall hall(3.4, 4200.0);
-    PingPong echo(3.0 * secondsPerStep, 0.45f);
+    PingPong echo(3.0 * SECONDS_PER_STEP, 0.45f);
     Biquad cuts[2] = {lowCutStage(), lowCutStage()};
     Lift lift[2];
 
@@ -137,7 +139,8 @@ Track mix(const Orchestra& o)
         Stereo pads = {o.pads[i].left * under, o.pads[i].right * under};
 
         const Stereo send = {0.36f * pads.left + 0.30f * voices.left + 0.55f * o.air[i].left + 0.07f * o.drums[i].left,
-                             0.36f * pads.right + 0.30f * voices.right + 0.55f * o.air[i].right + 0.07f * o.drums[i].right};
+                             0.36f * pads.right + 0.30f * voices.right + 0.55f * o.air[i].right +
+                                 0.07f * o.drums[i].right};
         const Stereo back = hall.run(send);
 
         const float left = o.drums[i].left * 1.2f + o.bass[i].left * 0.85f * under + pads.left * 0.55f +
