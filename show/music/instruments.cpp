@@ -28,10 +28,11 @@ double decay(double time, double seconds)
 
 } // namespace
 
-// Seven saws, a few cents apart and spread over the stereo field, under a slowly moving low pass.
+// Seven saws, a few cents apart, in turn on the left and on the right, under a slowly moving low pass.
 void pad(Track& track, const Note& note)
 {
-    static const double cents[] = {-13.0, -8.0, -3.5, 0.0, 4.0, 8.5, 12.0};
+    static const double CENTS[] = {-13.0, -8.0, -3.5, 0.0, 4.0, 8.5, 12.0};
+    static const float SIDES[] = {0.0f, 1.0f, 0.06f, 0.5f, 0.94f, 0.0f, 1.0f}; // 0 left, 1 right
     const int voices = 7;
     Noise noise(seedOf(note.start, note.hertz));
     std::vector<Oscillator> saws;
@@ -39,7 +40,7 @@ void pad(Track& track, const Note& note)
     for (int v = 0; v < voices; v++)
     {
         saws.emplace_back(noise.next() * 0.5 + 0.5);
-        pitch[v] = note.hertz * std::pow(2.0, cents[v] / 1200.0);
+        pitch[v] = note.hertz * std::pow(2.0, CENTS[v] / 1200.0);
     }
     Filter left, right;
     const Envelope envelope = {0.9, 2.0, 0.85, 1.8};
@@ -55,9 +56,8 @@ void pad(Track& track, const Note& note)
         for (int v = 0; v < voices; v++)
         {
             const float saw = saws[std::size_t(v)].saw(pitch[v]);
-            const float side = float(v) / (voices - 1);
-            l += saw * (1.0f - side);
-            r += saw * side;
+            l += saw * (1.0f - SIDES[v]);
+            r += saw * SIDES[v];
         }
         const float gain = note.level * 0.075f * float(envelope.at(time, note.length));
         out.left += left.low(l) * gain;
@@ -87,26 +87,54 @@ void pluck(Track& track, const Note& note)
     const Envelope envelope = {0.002, 0.22, 0.12, 0.18};
     int sample = 0;
     play(track, note.start, envelope.end(note.length), [&](Stereo& out, double time) {
-        if (sample++ % 8 == 0) filter.set(note.hertz * 1.1 + 4200.0 * decay(time, 0.2), 0.3);
+        if (sample++ % 8 == 0) filter.set(note.hertz * 1.1 + note.brightness * decay(time, 0.2), 0.3);
         const float tone = one.saw(note.hertz * 1.002) + two.pulse(note.hertz * 0.998, 0.28);
         out.add(filter.low(tone) * 0.22f * note.level * float(envelope.at(time, note.length)), note.pan);
     });
 }
 
-// Two pulses whose widths wander, with a vibrato that comes in late; the singing voice of the piece.
+// A pulse whose width wanders on the left, a saw on the right, their octave in the middle, with a vibrato that comes in
+// late; the singing voice of the piece.
 void lead(Track& track, const Note& note)
 {
-    Oscillator one(0.0), two(0.37), octave(0.71);
-    Filter filter;
+    Oscillator one(0.0), two(0.37), octave(0.71), middle(0.2);
+    Filter left, right;
     const Envelope envelope = {0.03, 0.5, 0.75, 0.3};
     int sample = 0;
     play(track, note.start, envelope.end(note.length), [&](Stereo& out, double time) {
-        if (sample++ % 8 == 0) filter.set(1400.0 + 1900.0 * decay(time, 0.9) + note.hertz, 0.2);
+        if (sample++ % 8 == 0)
+        {
+            const double cutoff = 1400.0 + 2300.0 * decay(time, 0.9) + note.hertz;
+            left.set(cutoff * 1.08, 0.2);
+            right.set(cutoff, 0.2);
+        }
         const double vibrato = 1.0 + 0.006 * std::min(1.0, time * 1.6) * std::sin(2.0 * pi * 5.1 * time);
         const double width = 0.38 + 0.1 * std::sin(2.0 * pi * 0.6 * (note.start + time));
         const double pitch = note.hertz * vibrato;
-        const float tone = one.pulse(pitch * 1.0025, width) + two.saw(pitch * 0.9975) + 0.4f * octave.sine(pitch * 2.0);
-        out.add(filter.low(tone) * 0.17f * note.level * float(envelope.at(time, note.length)), 0.0f);
+        const float both = 0.35f * octave.sine(pitch * 2.0) + 0.3f * middle.saw(pitch);
+        const float gain = 0.17f * note.level * float(envelope.at(time, note.length));
+        out.left += left.low(one.pulse(pitch * 1.004, width) + both) * gain;
+        out.right += right.low(two.saw(pitch * 0.996) * 1.25f + both) * gain;
+    });
+}
+
+// A hollow tone on each side, a little apart, that swells into its notes: glass that is rubbed.
+void counter(Track& track, const Note& note)
+{
+    Oscillator low[2] = {Oscillator(0.1), Oscillator(0.6)}, high[2] = {Oscillator(0.3), Oscillator(0.8)};
+    const Envelope envelope = {0.06, 0.8, 0.85, 0.45};
+    play(track, note.start, envelope.end(note.length), [&](Stereo& out, double time) {
+        const double vibrato = 0.004 * std::min(1.0, time * 1.2) * std::sin(2.0 * pi * 4.7 * time);
+        const double pitch[2] = {note.hertz * (1.003 + vibrato), note.hertz * (0.997 - vibrato)};
+        float tone[2];
+        for (int side = 0; side < 2; side++)
+        {
+            const float third = high[side].sine(pitch[side] * 3.0);
+            tone[side] = low[side].sine(pitch[side]) + third * (0.3f - 0.2f * third * third);
+        }
+        const float gain = 0.24f * note.level * float(envelope.at(time, note.length));
+        out.left += tone[0] * gain;
+        out.right += tone[1] * gain;
     });
 }
 
@@ -157,17 +185,20 @@ void kick(Track& track, const Note& note)
     });
 }
 
+// A drum's body in the middle and a rattle that is wide.
 void snare(Track& track, const Note& note)
 {
-    Noise noise(seedOf(note.start, 190.0));
-    Filter filter;
-    filter.set(1700.0, 0.1);
+    Noise noises[2] = {Noise(seedOf(note.start, 190.0)), Noise(seedOf(note.start, 191.0))};
+    Filter filters[2];
+    for (Filter& filter : filters) filter.set(1700.0, 0.1);
     double phase = 0.0;
     play(track, note.start, 0.35, [&](Stereo& out, double time) {
         phase += (178.0 + 120.0 * decay(time, 0.05)) / sampleRate;
-        const double body = std::sin(2.0 * pi * phase) * decay(time, 0.22);
-        const float rattle = filter.high(noise.next()) * float(decay(time, 0.3));
-        out.add((0.55f * float(body) + 0.5f * rattle) * 0.75f * note.level, 0.05f);
+        const float body = float(std::sin(2.0 * pi * phase) * decay(time, 0.22)) * 0.55f;
+        const float rattle = 0.5f * float(decay(time, 0.3));
+        const float fade = float(std::min(1.0, (0.35 - time) * 100.0)) * 0.55f * note.level;
+        out.left += (body + filters[0].high(noises[0].next()) * rattle) * fade;
+        out.right += (body + filters[1].high(noises[1].next()) * rattle) * fade;
     });
 }
 
@@ -188,16 +219,34 @@ void clap(Track& track, const Note& note)
     });
 }
 
+// Sand that is shaken: a hiss around 4 kHz, wide.
+void shaker(Track& track, const Note& note)
+{
+    Noise left(seedOf(note.start, 11.0)), right(seedOf(note.start, 12.0));
+    Filter filters[2];
+    for (Filter& filter : filters) filter.set(3900.0, 0.55);
+    const double length = 0.11;
+    play(track, note.start, length, [&](Stereo& out, double time) {
+        const double swell = std::min(1.0, time * 120.0) * std::min(1.0, (length - time) * 100.0);
+        const float gain = float(decay(time, 0.12) * swell) * 0.5f * note.level;
+        out.left += filters[0].band(left.next()) * gain;
+        out.right += filters[1].band(right.next()) * gain;
+    });
+}
+
+// Noise without its lower part, wide.
 void hat(Track& track, const Note& note)
 {
     const bool open = note.voice == Voice::OpenHat;
-    Noise noise(seedOf(note.start, open ? 9.0 : 5.0));
-    Filter filter;
-    filter.set(7600.0, 0.2);
+    Noise left(seedOf(note.start, open ? 9.0 : 5.0)), right(seedOf(note.start, open ? 10.0 : 6.0));
+    Filter filters[2];
+    for (Filter& filter : filters) filter.set(6600.0, 0.2);
     const double length = open ? 0.32 : 0.07;
     play(track, note.start, length, [&](Stereo& out, double time) {
         const double fade = std::min(1.0, (length - time) * 200.0);
-        out.add(filter.high(noise.next()) * float(decay(time, length * 0.9) * fade) * 0.3f * note.level, 0.22f);
+        const float gain = float(decay(time, length * 0.9) * fade) * 0.19f * note.level;
+        out.left += filters[0].high(left.next()) * gain * 0.9f;
+        out.right += filters[1].high(right.next()) * gain * 1.1f;
     });
 }
 

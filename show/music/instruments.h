@@ -12,12 +12,14 @@ void pad(Track& track, const Note& note);
 void bass(Track& track, const Note& note);
 void pluck(Track& track, const Note& note);
 void lead(Track& track, const Note& note);
+void counter(Track& track, const Note& note);
 void bell(Track& track, const Note& note);
 void choir(Track& track, const Note& note);
 
 void kick(Track& track, const Note& note);
 void snare(Track& track, const Note& note);
 void clap(Track& track, const Note& note);
+void shaker(Track& track, const Note& note);
 void hat(Track& track, const Note& note); // closed or open
 void tom(Track& track, const Note& note);
 void heart(Track& track, const Note& note);   // a soft thump

@@ -20,9 +20,10 @@ struct Player
 const Player PLAYERS[] = {
     {Voice::Pad, &Orchestra::pads, pad},        {Voice::Choir, &Orchestra::pads, choir},
     {Voice::Bass, &Orchestra::bass, bass},      {Voice::Pluck, &Orchestra::voices, pluck},
-    {Voice::Lead, &Orchestra::voices, lead},    {Voice::Bell, &Orchestra::voices, bell},
-    {Voice::Kick, &Orchestra::drums, kick},     {Voice::Snare, &Orchestra::drums, snare},
-    {Voice::Clap, &Orchestra::drums, clap},     {Voice::Hat, &Orchestra::drums, hat},
+    {Voice::Lead, &Orchestra::voices, lead},    {Voice::Counter, &Orchestra::voices, counter},
+    {Voice::Bell, &Orchestra::voices, bell},    {Voice::Kick, &Orchestra::drums, kick},
+    {Voice::Snare, &Orchestra::drums, snare},   {Voice::Clap, &Orchestra::drums, clap},
+    {Voice::Shaker, &Orchestra::drums, shaker}, {Voice::Hat, &Orchestra::drums, hat},
     {Voice::OpenHat, &Orchestra::drums, hat},   {Voice::Tom, &Orchestra::drums, tom},
     {Voice::Heart, &Orchestra::drums, heart},   {Voice::Impact, &Orchestra::air, impact},
     {Voice::Riser, &Orchestra::air, riser},     {Voice::Wind, &Orchestra::air, wind},

@@ -24,6 +24,15 @@ struct Section
 
 extern const std::vector<Section> SECTIONS;
 
+// How loud the whole is played: decibels at a place in the piece, on straight lines between.
+struct Dynamic
+{
+    double bar;
+    double decibels;
+};
+
+extern const std::vector<Dynamic> DYNAMICS;
+
 // What a note is played on.
 enum class Voice
 {
@@ -32,10 +41,12 @@ enum class Voice
     Bass,
     Pluck,
     Lead,
+    Counter, // a second, softer melody
     Bell,
     Kick,
     Snare,
     Clap,
+    Shaker,
     Hat,
     OpenHat,
     Tom,
@@ -57,7 +68,7 @@ struct Note
     double hertz;      // pitch; 0 for what has none
     float level;       // linear, 1 for a full note
     float pan;         // -1 left to 1 right
-    double brightness; // cutoff in hertz of the filter of pads and basses; 0 elsewhere
+    double brightness; // how far the filter of pads, basses and plucks opens, in hertz; 0 elsewhere
 };
 
 // All notes of the piece in the order of their starts.
