@@ -113,10 +113,11 @@ class Script(unittest.TestCase):
                 rises.append((10 * math.log10((after + window * 100) / (before + window * 100)), late / rate))
             return max(rises)
 
-        # From bar 8 on something low is struck at the start of each bar; between 52 and 58, and in the fire from 60 to
-        # 83, the kick sounds on every beat.
+        # From bar 8 on something low is struck at the start of each bar; between 52 and 58, and in the fire from 60
+        # to 83, but for the break from 68 to 71, the kick sounds on every beat.
         moments = {bar * BAR for bar in range(8, 102)}
-        moments.update(beat * BEAT for first, last in ((52, 58), (60, 84)) for beat in range(4 * first, 4 * last))
+        moments.update(beat * BEAT for first, last in ((52, 58), (60, 68), (72, 84))
+                       for beat in range(4 * first, 4 * last))
         moments.update(start for _, effect, start, _ in self.each() if effect == "flash" and off_grid(start, BAR) == 0)
         for moment in sorted(moments):
             with self.subTest(second=moment):

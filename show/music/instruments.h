@@ -1,29 +1,31 @@
 #pragma once
 
 #include "dsp.h"
+#include "score.h"
 
 namespace Music
 {
 
-// Each instrument adds one note to a track. `start` and `length` in seconds, `hertz` the pitch, `level` linear, 1 for a
-// full note. What would lie behind the track's end is cut.
+// Each instrument adds one note to a track. What would lie behind the track's end is cut.
 
-void pad(Track& track, double start, double length, double hertz, float level, double brightness);
-void bass(Track& track, double start, double length, double hertz, float level, double brightness);
-void pluck(Track& track, double start, double length, double hertz, float level, float pan);
-void lead(Track& track, double start, double length, double hertz, float level);
-void bell(Track& track, double start, double hertz, float level, float pan);
-void choir(Track& track, double start, double length, double hertz, float level);
+void pad(Track& track, const Note& note);
+void bass(Track& track, const Note& note);
+void pluck(Track& track, const Note& note);
+void lead(Track& track, const Note& note);
+void counter(Track& track, const Note& note);
+void bell(Track& track, const Note& note);
+void choir(Track& track, const Note& note);
 
-void kick(Track& track, double start, float level);
-void snare(Track& track, double start, float level);
-void clap(Track& track, double start, float level);
-void hat(Track& track, double start, float level, bool open);
-void tom(Track& track, double start, double hertz, float level, float pan);
-void heart(Track& track, double start, float level);                       // two soft thumps
-void impact(Track& track, double start, float level);                      // a deep hit with a long tail
-void riser(Track& track, double start, double length, float level);        // noise that opens towards its end
-void wind(Track& track, double start, double length, float level);         // swells in, wanders, swells out
-void crackle(Track& track, double start, double length, float level);      // ice that works
+void kick(Track& track, const Note& note);
+void snare(Track& track, const Note& note);
+void clap(Track& track, const Note& note);
+void shaker(Track& track, const Note& note);
+void hat(Track& track, const Note& note); // closed or open
+void tom(Track& track, const Note& note);
+void heart(Track& track, const Note& note);   // a soft thump
+void impact(Track& track, const Note& note);  // a deep hit with a long tail
+void riser(Track& track, const Note& note);   // noise that opens towards its end
+void wind(Track& track, const Note& note);    // swells in, wanders, swells out
+void crackle(Track& track, const Note& note); // ice that works
 
 } // namespace Music

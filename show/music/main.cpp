@@ -2,13 +2,15 @@
 //
 //     music OUT.ogg          the piece
 //     music --grid           the tempo grid: first bar, second and name of each section
+//     music --notes          all notes: start and length in seconds, level, hertz, voice
 
 #include "mix.h"
+#include "orchestra.h"
+#include "score.h"
 
 #include <sndfile.h>
 
 #include <cstdio>
-#include <cstring>
 #include <string>
 
 namespace
@@ -16,10 +18,18 @@ namespace
 
 void printGrid()
 {
-    std::printf("%.0f beats a minute, %d bars, %.3f seconds\n", 60.0 / Music::secondsPerBeat, Music::bars,
-                Music::bars * Music::secondsPerBar);
-    for (const Music::Section& section : Music::sections)
-        std::printf("bar %3d  %7.3f s  %s\n", section.firstBar, section.firstBar * Music::secondsPerBar, section.name);
+    std::printf("%.0f beats a minute, %d bars, %.3f seconds\n", 60.0 / Music::SECONDS_PER_BEAT, Music::BARS,
+                Music::BARS * Music::SECONDS_PER_BAR);
+    for (const Music::Section& section : Music::SECTIONS)
+        std::printf("bar %3d  %7.3f s  %s\n", section.firstBar, section.firstBar * Music::SECONDS_PER_BAR,
+                    section.name);
+}
+
+void printNotes()
+{
+    for (const Music::Note& note : Music::notes())
+        std::printf("%8.3f %6.3f %5.2f %8.2f  %s\n", note.start, note.length, double(note.level), note.hertz,
+                    Music::nameOf(note.voice));
 }
 
 // False, with a line on standard error, if the file cannot be written.
@@ -57,23 +67,28 @@ bool write(const char* filename, const Music::Track& track)
 
 int main(int argc, char** argv)
 {
-    if (argc != 2 || (argv[1][0] == '-' && std::strcmp(argv[1], "--grid") != 0))
-    {
-        std::fprintf(stderr, "usage: music OUT.ogg | music --grid\n");
-        return 2;
-    }
-    if (std::strcmp(argv[1], "--grid") == 0)
+    const std::string argument = argc == 2 ? argv[1] : "-";
+    if (argument == "--grid")
     {
         printGrid();
         return 0;
+    }
+    if (argument == "--notes")
+    {
+        printNotes();
+        return 0;
+    }
+    if (argument[0] == '-')
+    {
+        std::fprintf(stderr, "usage: music OUT.ogg | music --grid | music --notes\n");
+        return 2;
     }
     static_assert(sizeof(Music::Stereo) == 2 * sizeof(float), "samples are written as pairs of floats");
     Music::Orchestra orchestra;
     Music::perform(orchestra);
     const Music::Track track = Music::mix(orchestra);
     float peak = 0.0f;
-    for (const Music::Stereo& sample : track)
-        peak = std::max({peak, std::fabs(sample.left), std::fabs(sample.right)});
+    for (const Music::Stereo& sample : track) peak = std::max({peak, std::fabs(sample.left), std::fabs(sample.right)});
     std::printf("%s: %.1f seconds, %.1f LUFS, peak %.2f dB\n", argv[1], double(track.size()) / Music::sampleRate,
                 Music::loudness(track), 20.0 * std::log10(peak));
     return write(argv[1], track) ? 0 : 1;

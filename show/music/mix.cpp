@@ -1,13 +1,16 @@
 #include "mix.h"
 
+#include "score.h"
+
 namespace Music
 {
 
 namespace
 {
 
-const double targetLoudness = -14.8; // LUFS
-const float ceiling = 0.89f;         // -1 dB: room for what a lossy codec adds
+const double TARGET_LOUDNESS = -13.8; // LUFS, before the limiter has taken a little
+const float CEILING = 0.77f;          // -2.3 dB of true peak: a lossy codec adds up to one
+const float WIDTH = 1.1f;             // of pads, voices and hall: gain of what differs between the sides
 
 float decibels(double value)
 {
@@ -67,6 +70,47 @@ Biquad lowCutStage()
     return {1.0, -2.0, 1.0, 2.0 * (k * k - 1.0) / a0, (1.0 - k / q + k * k) / a0};
 }
 
+// Pads, voices and hall are spread; what differs below some 150 Hz stays as it is, so that the ground is in the middle.
+struct Spread
+{
+    float low = 0.0f;
+
+    Stereo run(Stereo in)
+    {
+        static const float WEIGHT = 1.0f - float(std::exp(-2.0 * pi * 150.0 / sampleRate));
+        const float middle = 0.5f * (in.left + in.right), side = 0.5f * (in.left - in.right);
+        low += WEIGHT * (side - low);
+        const float wide = low + (side - low) * WIDTH;
+        return {middle + wide, middle - wide};
+    }
+};
+
+// The gain of each sample, from the straight lines of DYNAMICS in decibels.
+class Swell
+{
+public:
+    float at(std::size_t sample)
+    {
+        if (sample % 32 == 0) mGain = decibels(level(double(sample) / sampleRate / SECONDS_PER_BAR));
+        mSmooth += 0.002f * (mGain - mSmooth);
+        return mSmooth;
+    }
+
+private:
+    double level(double bar)
+    {
+        while (mNext < DYNAMICS.size() && DYNAMICS[mNext].bar <= bar) mNext++;
+        if (mNext == 0) return DYNAMICS.front().decibels;
+        if (mNext == DYNAMICS.size()) return DYNAMICS.back().decibels;
+        const Dynamic &from = DYNAMICS[mNext - 1], &to = DYNAMICS[mNext];
+        return from.decibels + (to.decibels - from.decibels) * (bar - from.bar) / (to.bar - from.bar);
+    }
+
+    std::size_t mNext = 0;
+    float mGain = 1.0f;
+    float mSmooth = 1.0f;
+};
+
 // Lifts what lies above 2.5 kHz by 5 dB: air for hats and ice.
 struct Lift
 {
@@ -74,22 +118,67 @@ struct Lift
 
     float run(float in)
     {
-        static const float weight = 1.0f - float(std::exp(-2.0 * pi * 2500.0 / sampleRate));
-        low += weight * (in - low);
+        static const float WEIGHT = 1.0f - float(std::exp(-2.0 * pi * 2500.0 / sampleRate));
+        low += WEIGHT * (in - low);
         return low + (in - low) * 1.8f;
     }
 };
 
-// Brings peaks under the ceiling: the gain falls ahead of a peak, over 5 ms, and comes back over 120 ms.
+// Finds how high the wave rises between two samples, by a windowed sinc at each quarter of the way.
+class TruePeak
+{
+public:
+    TruePeak()
+    {
+        for (int quarter = 0; quarter < 3; quarter++)
+            for (int tap = 0; tap < TAPS; tap++)
+            {
+                const double x = tap - (TAPS / 2 - 1) - 0.25 * (quarter + 1);
+                const double window = 0.5 + 0.5 * std::cos(2.0 * pi * x / TAPS);
+                mTaps[quarter][tap] = float(std::sin(pi * x) / (pi * x) * window);
+            }
+    }
+
+    // Of sample i and the way to the next. What is far below the ceiling is not looked at closely.
+    float at(const Track& track, std::size_t i) const
+    {
+        const std::size_t before = TAPS / 2 - 1;
+        const float here = level(track[i]);
+        if (i < before || i + TAPS / 2 >= track.size()) return here;
+        const float peak = std::max(here, level(track[i + 1]));
+        if (peak < 0.5f * CEILING) return peak;
+        Stereo between[3];
+        const Stereo* in = &track[i - before];
+        for (int tap = 0; tap < TAPS; tap++)
+            for (int quarter = 0; quarter < 3; quarter++)
+            {
+                between[quarter].left += in[tap].left * mTaps[quarter][tap];
+                between[quarter].right += in[tap].right * mTaps[quarter][tap];
+            }
+        return std::max({peak, level(between[0]), level(between[1]), level(between[2])});
+    }
+
+private:
+    static const int TAPS = 16;
+
+    static float level(Stereo sample) { return std::max(std::fabs(sample.left), std::fabs(sample.right)); }
+
+    float mTaps[3][TAPS];
+};
+
+// Brings true peaks under the ceiling: the gain falls ahead of a peak, over 5 ms, and comes back over 120 ms.
 void limit(Track& track)
 {
     const std::size_t ahead = std::size_t(0.005 * sampleRate);
     const float release = float(std::exp(-1.0 / (0.12 * sampleRate)));
-    std::vector<float> wanted(track.size());
+    const TruePeak truePeak;
+    std::vector<float> wanted(track.size(), 1.0f);
     for (std::size_t i = 0; i < track.size(); i++)
     {
-        const float peak = std::max(std::fabs(track[i].left), std::fabs(track[i].right));
-        wanted[i] = peak > ceiling ? ceiling / peak : 1.0f;
+        const float peak = truePeak.at(track, i);
+        if (peak <= CEILING) continue;
+        wanted[i] = std::min(wanted[i], CEILING / peak);
+        if (i + 1 < track.size()) wanted[i + 1] = CEILING / peak;
     }
     // Each sample's gain is at most what the peaks up to 5 ms ahead allow, approached on a straight line.
     for (std::size_t i = track.size() - 1; i-- > 0;)
@@ -122,9 +211,11 @@ Track mix(const Orchestra& o)
     const std::size_t length = o.drums.size();
     const std::vector<float> duck = duckingCurve(o.kicks, length, 0.35f);
     Hall hall(3.4, 4200.0);
-    PingPong echo(3.0 * secondsPerStep, 0.45f);
+    PingPong echo(3.0 * SECONDS_PER_STEP, 0.45f);
     Biquad cuts[2] = {lowCutStage(), lowCutStage()};
     Lift lift[2];
+    Spread spread;
+    Swell swell;
 
     Track out(length);
     for (std::size_t i = 0; i < length; i++)
@@ -137,13 +228,16 @@ Track mix(const Orchestra& o)
         Stereo pads = {o.pads[i].left * under, o.pads[i].right * under};
 
         const Stereo send = {0.36f * pads.left + 0.30f * voices.left + 0.55f * o.air[i].left + 0.07f * o.drums[i].left,
-                             0.36f * pads.right + 0.30f * voices.right + 0.55f * o.air[i].right + 0.07f * o.drums[i].right};
+                             0.36f * pads.right + 0.30f * voices.right + 0.55f * o.air[i].right +
+                                 0.07f * o.drums[i].right};
         const Stereo back = hall.run(send);
 
-        const float left = o.drums[i].left * 1.2f + o.bass[i].left * 0.85f * under + pads.left * 0.55f +
-                           voices.left * 0.62f + o.air[i].left * 0.7f + back.left * 0.75f;
-        const float right = o.drums[i].right * 1.2f + o.bass[i].right * 0.85f * under + pads.right * 0.55f +
-                            voices.right * 0.62f + o.air[i].right * 0.7f + back.right * 0.75f;
+        const Stereo wide =
+            spread.run({pads.left * 0.6f + voices.left * 0.66f + o.air[i].left * 0.7f + back.left * 0.75f,
+                        pads.right * 0.6f + voices.right * 0.66f + o.air[i].right * 0.7f + back.right * 0.75f});
+        const float gain = swell.at(i);
+        const float left = (o.drums[i].left * 1.1f + o.bass[i].left * 0.8f * under + wide.left) * gain;
+        const float right = (o.drums[i].right * 1.1f + o.bass[i].right * 0.8f * under + wide.right) * gain;
         out[i].left = lift[0].run(float(cuts[0].run(left)));
         out[i].right = lift[1].run(float(cuts[1].run(right)));
     }
@@ -152,7 +246,7 @@ Track mix(const Orchestra& o)
     // Two rounds: the limiter takes a little loudness away again.
     for (int round = 0; round < 2; round++)
     {
-        const float gain = decibels(targetLoudness - loudness(out));
+        const float gain = decibels(TARGET_LOUDNESS - loudness(out));
         for (Stereo& sample : out)
         {
             sample.left *= gain;

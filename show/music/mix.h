@@ -1,6 +1,6 @@
 #pragma once
 
-#include "score.h"
+#include "orchestra.h"
 
 namespace Music
 {

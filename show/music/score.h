@@ -1,18 +1,19 @@
 #pragma once
 
-#include "dsp.h"
-
 #include <vector>
 
+// The piece as a list of notes, for the program that plays it and for makers of scenes that want lights and movements
+// to follow what is heard. Every time is in seconds of the music, and so of the show.
 namespace Music
 {
 
 // The tempo grid of the whole show: 120 beats a minute, so that a beat is half a second, a bar of four beats two
 // seconds, and a sixteenth an eighth of a second. The show's script counts on it.
-const double secondsPerBeat = 0.5;
-const double secondsPerBar = 4.0 * secondsPerBeat;
-const double secondsPerStep = secondsPerBeat / 4.0;
-const int bars = 104;
+const double SECONDS_PER_BEAT = 0.5;
+const double SECONDS_PER_BAR = 4.0 * SECONDS_PER_BEAT;
+const double SECONDS_PER_STEP = SECONDS_PER_BEAT / 4.0;
+const int BARS = 104;
+const double SECONDS = BARS * SECONDS_PER_BAR;
 
 // A part of the piece, for those who look at the grid.
 struct Section
@@ -21,20 +22,59 @@ struct Section
     int firstBar;
 };
 
-extern const std::vector<Section> sections;
+extern const std::vector<Section> SECTIONS;
 
-// What the score is played on: one track for each way of mixing.
-struct Orchestra
+// How loud the whole is played: decibels at a place in the piece, on straight lines between.
+struct Dynamic
 {
-    Track drums;  // dry
-    Track bass;   // ducks under the kick
-    Track pads;   // ducks under the kick, mostly hall
-    Track voices; // pluck, lead, bells: echo and hall
-    Track air;    // wind, ice, impacts: hall
-    std::vector<double> kicks; // when the kick sounds, in seconds
+    double bar;
+    double decibels;
 };
 
-// Plays the whole piece into the tracks.
-void perform(Orchestra& orchestra);
+extern const std::vector<Dynamic> DYNAMICS;
+
+// What a note is played on.
+enum class Voice
+{
+    Pad,
+    Choir,
+    Bass,
+    Pluck,
+    Lead,
+    Counter, // a second, softer melody
+    Bell,
+    Kick,
+    Snare,
+    Clap,
+    Shaker,
+    Hat,
+    OpenHat,
+    Tom,
+    Heart, // one thump; a heartbeat is two of them, a quarter second apart
+    Impact,
+    Riser,
+    Wind,
+    Crackle,
+};
+
+// "pad", "open hat" and so on.
+const char* nameOf(Voice voice);
+
+struct Note
+{
+    Voice voice;
+    double start;      // seconds
+    double length;     // seconds; 0 for what is struck and rings out by itself
+    double hertz;      // pitch; 0 for what has none
+    float level;       // linear, 1 for a full note
+    float pan;         // -1 left to 1 right
+    double brightness; // how far the filter of pads, basses and plucks opens, in hertz; 0 elsewhere
+};
+
+// All notes of the piece in the order of their starts.
+const std::vector<Note>& notes();
+
+// The notes of one voice that start at `from` seconds or later and before `to`.
+std::vector<Note> notes(Voice voice, double from = 0.0, double to = SECONDS);
 
 } // namespace Music

@@ -1,5 +1,7 @@
 #include "showcheck.h"
 
+#include "silentoutput.h"
+
 #include "numbers.h"
 
 #include "am_exception.h"
@@ -7,8 +9,6 @@
 #include "y3d_manager.h"
 #include "y3d_scene.h"
 
-#include <fcntl.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -48,36 +48,6 @@ template <class Map> std::vector<std::string> keysOf(const Map& map)
     for (const auto& pair : map) keys.push_back(pair.first);
     return keys;
 }
-
-// While it lives, the standard output goes nowhere: the scene loader reports chunks there that it does not know, which
-// would get between our lines. bin/y3d check tells about them.
-class SilentOutput
-{
-public:
-    SilentOutput()
-    {
-        std::fflush(stdout);
-        mOutput = dup(STDOUT_FILENO);
-        const int nowhere = open("/dev/null", O_WRONLY);
-        if (nowhere < 0) return;
-        dup2(nowhere, STDOUT_FILENO);
-        close(nowhere);
-    }
-
-    ~SilentOutput()
-    {
-        if (mOutput < 0) return;
-        std::fflush(stdout);
-        dup2(mOutput, STDOUT_FILENO);
-        close(mOutput);
-    }
-
-    SilentOutput(const SilentOutput&) = delete;
-    SilentOutput& operator=(const SilentOutput&) = delete;
-
-private:
-    int mOutput; // a copy of the standard output, owned
-};
 
 class ShowChecker
 {

@@ -23,8 +23,17 @@ struct Arguments
     bool has(const std::string& option) const { return options.count(option) != 0; }
 };
 
+// The number that an option has, or the fallback. Throws y3d::Exception for what is none in the range.
+double numberOf(const Arguments& arguments, const std::string& option, double fallback, double smallest,
+                double largest);
+
+// Throws y3d::Exception where a file is -, for commands that put further files beside theirs.
+void refuseStreams(const Arguments& arguments, const char* command);
+
 int runInfo(const Arguments& arguments);
 int runCheck(const Arguments& arguments);
+int runExport(const Arguments& arguments);
+int runImport(const Arguments& arguments);
 int runCopy(const Arguments& arguments);
 int runOptimize(const Arguments& arguments);
 int runStrips(const Arguments& arguments);

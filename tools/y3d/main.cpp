@@ -21,10 +21,12 @@ struct Command
     std::string name;
     std::string usage; // behind the name
     const char* help;
-    int numFiles;
+    int numFiles; // ANY_FILES for one or more
     std::vector<Option> options;
     int (*run)(const Arguments&);
 };
+
+const int ANY_FILES = -1;
 
 const Command COMMANDS[] = {
     {"info",
@@ -37,27 +39,56 @@ const Command COMMANDS[] = {
      {{"--json", false}},
      runInfo},
     {"check",
-     "[--json] FILE",
-     "Tells what the player would refuse (errors) or ignore (warnings) in a scene file.\n"
+     "[--json] [--pictures FOLDER] FILE...",
+     "Tells what the player would refuse (errors) or ignore (warnings) in scene files.\n"
      "The exit status is 0 when all is fine, 1 with warnings and 2 with errors. Findings\n"
      "behind the first thousand are only counted.\n"
      "\n"
-     "  --json   print the findings as one JSON object\n",
-     1,
-     {{"--json", false}},
+     "  --json              print the findings as one JSON object, or a list of them for several files\n"
+     "  --pictures FOLDER   look for the pictures there too, and read them as the player does\n",
+     ANY_FILES,
+     {{"--json", false}, {"--pictures", true}},
      runCheck},
     {"copy",
      "IN OUT",
      "Reads a scene file and writes it again, in the order of a writer. What the reader does\n"
-     "not know and what the writer does not write (armatures) is left out and told.\n",
+     "not know and what the writer does not write (armatures) is left out and told. What changes\n"
+     "besides: handles of curves that reach across each other in time are shortened and rotations\n"
+     "brought to length 1, as the player does when it reads; chunks that are cut off or left over go.\n",
      2,
      {},
      runCopy},
+    {"import",
+     "[--scene N] [--animation NAME] [--fps N] [--scale N] [--texture-path PATH] IN OUT",
+     "Makes a scene file out of a glTF 2.0 file (.gltf or .glb), with its pictures in a folder beside OUT\n"
+     "and a scene description, OUT with .xml at its end. Prints what had to be left out, then what\n"
+     "'y3d check' finds in OUT; the exit status is that of the check.\n"
+     "\n"
+     "  --scene N             number of the scene, instead of the one that the file shows first\n"
+     "  --animation NAME      only this animation, by name or number, instead of all together\n"
+     "  --fps N               samples a second, 30 at first, where a movement cannot be kept as curves\n"
+     "  --scale N             makes everything larger or smaller\n"
+     "  --texture-path PATH   folder of the pictures, relative to OUT; OUT without its ending at first\n",
+     2,
+     {{"--scene", true}, {"--animation", true}, {"--fps", true}, {"--scale", true}, {"--texture-path", true}},
+     runImport},
+    {"export",
+     "[--pictures FOLDER] [--fps N] [--length SECONDS] IN OUT",
+     "Makes a GLB file (glTF 2.0) out of a scene file, with the pictures in it. Prints what had to be left\n"
+     "out or sampled.\n"
+     "\n"
+     "  --pictures FOLDER    where the pictures are, instead of the folder that is named like IN, or that of IN\n"
+     "  --fps N              samples a second, 30 at first, where a curve has no form of its own there\n"
+     "  --length SECONDS     how long movements last that have no end, instead of to the scene's last key\n",
+     2,
+     {{"--pictures", true}, {"--fps", true}, {"--length", true}},
+     runExport},
     {"optimize",
      "[--cache N] IN OUT",
      "Reads a scene file and writes it again with all meshes prepared: equal vertices merged and\n"
      "unused ones dropped, triangles and vertices in an order that suits a vertex cache, and new\n"
-     "bounding boxes. Prints vertices, triangles and the vertices loaded for each triangle (the\n"
+     "bounding boxes. An order that was better before stays. Prints vertices, triangles and the vertices loaded for "
+     "each triangle (the\n"
      "miss ratio), before and after. Meshes with data that would no longer fit (colours, a third\n"
      "texture channel, bone groups) or with faults are left as they are; the exit status is 1 then.\n"
      "\n"
@@ -166,7 +197,8 @@ int run(const Command& command, int count, char** words)
     {
         return refuse(troubleOf(command, &app, error));
     }
-    if (static_cast<int>(arguments.files.size()) != command.numFiles)
+    const int numFiles = static_cast<int>(arguments.files.size());
+    if (command.numFiles == ANY_FILES ? numFiles == 0 : numFiles != command.numFiles)
         return refuse("expected: y3d " + command.name + " " + command.usage);
 
     const int status = command.run(arguments);

@@ -2,6 +2,7 @@
 
 #include "chunkwalk.h"
 #include "nodes.h"
+#include "silentoutput.h"
 #include "y3d_chunks.h"
 #include "y3d_exception.h"
 #include "y3d_scene.h"
@@ -11,9 +12,6 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
-
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace
 {
@@ -53,22 +51,6 @@ void tellArmatures(const y3d::SceneNode& node)
 }
 
 } // namespace
-
-SilentOutput::SilentOutput()
-{
-    std::fflush(stdout);
-    mOutput = dup(STDOUT_FILENO);
-    const int nowhere = open("/dev/null", O_WRONLY);
-    dup2(nowhere, STDOUT_FILENO);
-    close(nowhere);
-}
-
-SilentOutput::~SilentOutput()
-{
-    std::fflush(stdout);
-    dup2(mOutput, STDOUT_FILENO);
-    close(mOutput);
-}
 
 SceneFile::SceneFile(const std::string& filename)
     : name(filename == "-" ? "standard input" : filename), bytes(readFile(filename))

@@ -18,19 +18,6 @@ struct SceneFile
     y3d::Manager manager;
 };
 
-// The standard output leads nowhere while this lives.
-class SilentOutput
-{
-public:
-    SilentOutput();
-    ~SilentOutput();
-    SilentOutput(const SilentOutput&) = delete;
-    SilentOutput& operator=(const SilentOutput&) = delete;
-
-private:
-    int mOutput;
-};
-
 // Tells on the standard error stream what of a file writing it again leaves out.
 void tellLosses(const SceneFile& file);
 

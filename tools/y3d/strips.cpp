@@ -1,6 +1,7 @@
 #include "commands.h"
 #include "meshfaults.h"
 #include "scenefile.h"
+#include "silentoutput.h"
 #include "text.h"
 #include "y3d_mesh.h"
 

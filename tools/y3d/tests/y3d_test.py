@@ -8,6 +8,7 @@ import subprocess
 import sys
 import tempfile
 import unittest
+import zlib
 
 TOOL = sys.argv.pop(1)
 
@@ -49,7 +50,7 @@ def mesh(*chunks):
 
 
 def material(*attributes):
-    return chunk(0x6000, name("mat"), chunk(0x6101, b"\0"), chunk(0x6111, b"\1"), *attributes)
+    return chunk(0x6000, name("mat"), chunk(0x6101, b"\1"), chunk(0x6111, b"\1"), *attributes)
 
 
 def attribute(text, *textures, color=(1, 1, 1, 1)):
@@ -71,13 +72,29 @@ MATERIAL = material(attribute("diffuse", texture("img")))
 INSTANCE = instance(name("obj"), TRACKS)
 
 
-def light(*chunks, distance=20):
+def light(*chunks, distance=20, curve=b""):
     return chunk(0x5140, chunk(0xFA30, chunk(0xF007, floats(1, 1, 1, 1))), chunk(0x5160, chunk(0xF004, floats(1))),
-                 chunk(0x5150, chunk(0xF004, floats(distance))), chunk(0x5151, b"\0"), COMMON, *chunks)
+                 chunk(0x5150, curve, chunk(0xF004, floats(distance))), chunk(0x5151, b"\0"), COMMON, *chunks)
 
 
 def scene(*nodes, text="Scene"):
     return chunk(0x5000, name(text), *nodes)
+
+
+NORMALS = chunk(0xFF50, floats(0, 0, 1) * 3)
+LIT = chunk(0x6000, name("mat"), chunk(0x6101, b"\0"), attribute("diffuse", texture("img")))
+
+
+def picture(color_type, depth, pixel):
+    def part(kind, data):
+        return struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
+    palette = part(b"PLTE", b"abc") if color_type == 3 else b""
+    return b"\x89PNG\r\n\x1a\n" + part(b"IHDR", struct.pack(">IIBBBBB", 1, 1, depth, color_type, 0, 0, 0)) + palette + \
+        part(b"IDAT", zlib.compress(b"\0" + pixel)) + part(b"IEND", b"")
+
+
+def curve(*keys):
+    return chunk(0xFB10, b"\2\0", *[floats(*key) for key in keys])
 
 
 def good(mesh_chunk=MESH, material_chunk=MATERIAL, nodes=(INSTANCE,), more=b""):
@@ -139,7 +156,7 @@ class Tool(unittest.TestCase):
 FILE: %d bytes, 1 mesh, 1 material, 1 image, 1 scene
 mesh 'tri': 1 submesh, 3 vertices, 1 triangle, box (0, 0, 0) to (1, 1, 0)
   submesh 0: material 'mat', 3 vertices, 3 indices, normals, 1 texture channel, box (0, 0, 0) to (1, 1, 0)
-material 'mat': lit
+material 'mat': shadeless
   'diffuse': (1, 1, 1, 1)
     texture 'tex': image 'img'
 image 'img': file 'a.png'
@@ -236,6 +253,27 @@ scene 'Scene': 4 nodes
                   "warning: dummy 'flat': rotation w has values that are no numbers",
                   "warning: dummy 'flat': rotation w has keys that are not in the order of time",
                   "warning: dummy 'flat': has a scale of 0"]),
+                (good(mesh(BOX, submesh(BOX, INDICES, chunk(0xFF00, floats(0, 0, 0, 1, 0, 0, 0, float("nan"), 0))))), 1,
+                 ["warning: submesh 0 of mesh 'tri': has values that are no numbers"]),
+                (good(mesh(BOX, submesh(BOX, INDICES, chunk(0xFF00, floats(0, 0, 0, 1, 0, 0, 0, 1.1, 0))))), 1,
+                 ["warning: submesh 0 of mesh 'tri': has a bounding box that does not hold its vertices"]),
+                (good(mesh(chunk(0xF020, floats(0, 0, 0, 1, .5, 0)), submesh(GEOMETRY))), 1,
+                 ["warning: mesh 'tri': has a bounding box that does not hold its submeshes"]),
+                (good(mesh(BOX, submesh(
+                    BOX, POSITIONS, NORMALS, chunk(0xFF30, struct.pack("<12I", *[0, 2, 1] * 4))))), 1,
+                 ["warning: submesh 0 of mesh 'tri': has triangles that mostly face inward"]),
+                (good(mesh(chunk(0xF020, floats(0, 0, 0, 1, 1, 1)), submesh(
+                    chunk(0xF020, floats(0, 0, 0, 1, 1, 1)), chunk(0xFF00, CORNERS, floats(0, 0, 1)),
+                    chunk(0xFF30, struct.pack("<12I", 0, 1, 2, 0, 3, 1, 1, 3, 2, 2, 3, 0))))), 1,
+                 ["warning: submesh 0 of mesh 'tri': has triangles that mostly face inward"]),
+                (good(material_chunk=LIT), 1,
+                 ["warning: submesh 0 of mesh 'tri': has no normals, which the light of material 'mat' needs",
+                  "warning: scene 'Scene': has no light, and materials that need one"]),
+                (good(nodes=(INSTANCE, light(curve=curve((0, 1, 1, 1, 2, -9), (2, 1, 3, 1, 4, 1))))), 2,
+                 ["error: light 'n': has a distance below 0 at 1.125 s"]),
+                (scene_file(MESH, MATERIAL, chunk(0x4000, name("img"), name("a.TGA", 0xF020)),
+                            scene(INSTANCE, CAMERA)), 2,
+                 ["error: image 'img': 'a.TGA' is neither a .png nor a .jpg file"]),
                 (good(more=IMAGE + scene(CAMERA)), 1,
                  ["warning: image 'img': comes more than once; only the last one is found",
                   "warning: scene 'Scene': is never found; the first one of that name is"]),
@@ -269,6 +307,49 @@ scene 'Scene': 4 nodes
                 report = json.loads(output)
                 self.assertEqual([report["errors"], report["warnings"]], numbers)
                 self.assertEqual([": ".join((f["severity"], f["object"], f["reason"])) for f in report["findings"]], findings)
+
+    def test_check_reads_pictures_of_several_files(self):
+        for data, trouble in [(None, "is not in"), (picture(2, 8, b"abc"), ""), (b"GIF89a", "cannot be read"),
+                              (picture(3, 8, b"\0"), "cannot be read"), (picture(2, 16, b"abcdef"), "cannot be read")]:
+            if data:
+                with open(os.path.join(self.folder, "a.png"), "wb") as stream:
+                    stream.write(data)
+            path = self.save(good())
+            status, output, _ = self.run_tool("check", "--pictures", self.folder, path, path)
+            lines = output.decode().splitlines()
+            self.assertEqual((status, len(lines)), (2, 4) if trouble else (0, 2), lines)
+            self.assertIn("'a.png' " + trouble if trouble else "fine", lines[0])
+        _, output, _ = self.run_tool("check", "--json", path, path)
+        self.assertEqual([report["errors"] for report in json.loads(output)], [0, 0])
+
+    def test_export_and_import(self):
+        model, back = os.path.join(self.folder, "model.glb"), os.path.join(self.folder, "back.y3d")
+        with open(os.path.join(self.folder, "a.png"), "wb") as stream:
+            stream.write(picture(2, 8, b"abc"))
+        self.save(good(nodes=(MOVING, light(), ARMATURE)))
+        status, output, errors = self.run_tool("export", "--length", "6", self.path, model)
+        self.assertEqual((status, output.decode().splitlines(), errors), (
+            0, ["note: dummy 'rise': its translation goes on for ever; it ends at 6 s",
+                "note: armature 'bones' is left out, as the player does"], ""))
+        status, output, errors = self.run_tool("import", "--texture-path", "pictures", "--scale", "2", model, back)
+        self.assertEqual((status, output.decode(), errors), (0, back + ": fine\n", ""))
+        with open(os.path.join(self.folder, "back.xml")) as stream:
+            self.assertIn('filename="back.y3d" texturepath="pictures" name="Scene"', stream.read())
+        with open(os.path.join(self.folder, "pictures", "a.png"), "rb") as stream:
+            self.assertEqual(stream.read(), picture(2, 8, b"abc"))
+        info = json.loads(self.run_tool("info", "--json", back)[1])
+        self.assertEqual(info["meshes"][0]["box"]["max"], [2, 2, 0])
+        self.assertEqual([node["name"] for node in info["scenes"][0]["children"]], ["rise", "n", "eye"])
+        self.assertEqual(info["scenes"][0]["children"][1]["distance"]["base"], [40])
+
+        for arguments, trouble in [
+                (("import", "--fps", "x", model, back), "y3d: --fps takes a number from 0.1 to 1000\n"),
+                (("import", self.path, back), "y3d: %s: is no glTF file\n" % self.path),
+                (("import", model, self.folder + "/no/x.y3d"),
+                 "y3d: %s/no/x.y3d: No such file or directory\n" % self.folder),
+                (("import", "--scene", "4", model, back), "y3d: %s: has no scene 4\n" % model),
+                (("export", self.path, self.folder), "y3d: %s: cannot be written\n" % self.folder)]:
+            self.assertEqual(self.run_tool(*arguments), (2, b"", trouble))
 
     def test_check_counts_what_it_does_not_tell(self):
         status, output, _ = self.run_tool("check", "-", data=good(mesh(BOX, *[submesh(GEOMETRY, material="gold")] * 1500)))

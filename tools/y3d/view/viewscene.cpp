@@ -1,6 +1,7 @@
 #include "view/viewscene.h"
 
 #include "scenefile.h"
+#include "silentoutput.h"
 
 #include "am.h"
 #include "fe_light.h"
