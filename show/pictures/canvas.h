@@ -80,9 +80,9 @@ private:
 struct Type
 {
     const char* family;
-    double size;            // in texels
-    double tracking = 0.0;  // added between letters, in texels
-    double stretch = 1.0;   // horizontal
+    double size;           // in texels
+    double tracking = 0.0; // added between letters, in texels
+    double stretch = 1.0;  // horizontal
 };
 
 // Draws `text` into the mask with its middle at `centre` and its baseline at `baseline`; returns its width. Throws

@@ -100,7 +100,8 @@ Canvas logoGhost()
     for (int y = 0; y < logoHeight; y++)
     {
         const float slice = std::floor(float(y) / 17.0f);
-        const int shift = int(95.0f * noise(slice * 0.83f + 0.3f, 0.5f, 4096, 5u) * std::fabs(noise(slice * 0.31f, 3.5f, 4096, 9u)));
+        const int shift =
+            int(95.0f * noise(slice * 0.83f + 0.3f, 0.5f, 4096, 5u) * std::fabs(noise(slice * 0.31f, 3.5f, 4096, 9u)));
         for (int x = 0; x < logoWidth; x++)
         {
             const int from = x - shift;
@@ -158,9 +159,10 @@ Canvas banner()
 // White on clear, so that the effect's own colour shows. Each name keeps clear of the rows above and below.
 Canvas greetings()
 {
-    static const char* const names[16] = {"lanterns",  "mirth",     "sprout", "crane",            "thicket", "tundrans",
-                                          "paper mangle", "ironbloom", "windmills", "rainglass",  "hxq",     "analogue harvest",
-                                          "qvr",       "moonferric", "gravel", "drovers"};
+    static const char* const names[16] = {"lanterns",  "mirth",      "sprout",       "crane",
+                                          "thicket",   "tundrans",   "paper mangle", "ironbloom",
+                                          "windmills", "rainglass",  "hxq",          "analogue harvest",
+                                          "qvr",       "moonferric", "gravel",       "drovers"};
     const int width = 2048, height = 512, row = 32;
     Mask letters(width, height);
     for (int i = 0; i < 16; i++)

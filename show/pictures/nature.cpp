@@ -21,7 +21,8 @@ Canvas ballScenery()
         for (int layer = 0; layer < 5; layer++)
         {
             const float near = float(layer) / 4.0f;
-            const float rough = ridges(px * (1.0f + near), float(layer) * 3.7f + 0.5f, 8 * (layer ? 2 : 1), 6, 60u + uint32_t(layer));
+            const float rough =
+                ridges(px * (1.0f + near), float(layer) * 3.7f + 0.5f, 8 * (layer ? 2 : 1), 6, 60u + uint32_t(layer));
             crests[layer] = 240.0f + 48.0f * float(layer) - (170.0f - 70.0f * near) * rough * rough;
         }
         const float curtain = fractal(px, 0.4f, 8, 4, 71u);
@@ -47,8 +48,8 @@ Canvas ballScenery()
                 if (float(y) < crests[layer]) continue;
                 const float below = float(y) - crests[layer];
                 const float near = float(layer) / 4.0f;
-                // Far ridges are pale with air, near ones dark. Their faces are lit from the left: the slope of a ridged
-                // height field that is stretched downwards, as couloirs run.
+                // Far ridges are pale with air, near ones dark. Their faces are lit from the left: the slope of a
+                // ridged height field that is stretched downwards, as couloirs run.
                 const float fx = px * 5.0f, fy = below / 95.0f + float(layer) * 9.0f;
                 const auto relief = [&](float at) { return ridges(at, fy, 40, 5, 80u + uint32_t(layer)); };
                 const float lit = smooth(-0.22f, 0.22f, relief(fx + 0.03f) - relief(fx - 0.03f));
@@ -56,9 +57,11 @@ Canvas ballScenery()
                 Color rock = mix(mix(glacier, depth, 0.45f), mix(depth, abyss, 0.55f), near);
                 rock = rock * (0.55f + 0.6f * lit);
                 const float snowLine = smooth(0.38f, 0.75f, relieved + 0.35f - below / (190.0f - 60.0f * near));
-                rock = mix(rock, mix(glacier, snow, 0.25f + 0.75f * lit) * (0.95f - 0.35f * near), snowLine * (0.85f - 0.25f * near));
+                rock = mix(rock, mix(glacier, snow, 0.25f + 0.75f * lit) * (0.95f - 0.35f * near),
+                           snowLine * (0.85f - 0.25f * near));
                 rock = rock + glacier * (0.35f * std::exp(-below / 3.0f) * (1.0f - 0.5f * near)); // lit edge
-                color = mix(rock, mix(glacier, depth, 0.5f), smooth(0.0f, 90.0f, below) * 0.35f * (1.0f - near)); // mist
+                color =
+                    mix(rock, mix(glacier, depth, 0.5f), smooth(0.0f, 90.0f, below) * 0.35f * (1.0f - near)); // mist
             }
             canvas.at(x, y).color = color;
         }
@@ -136,7 +139,8 @@ Canvas iceSurface()
             const float crack = smooth(0.07f, 0.0f, second - nearest);
             const float veins = smooth(0.80f, 0.98f, ridges(warpX, warpY, 4, 5, 104u));
             const float strata = 0.5f + 0.5f * std::sin((py + 0.3f * cloud) * 6.2831853f * 3.0f);
-            Color color = mix(glacier * 0.75f, mix(glacier, ice, 0.75f), smooth(0.2f, 0.8f, cloud) * 0.75f + 0.25f * strata);
+            Color color =
+                mix(glacier * 0.75f, mix(glacier, ice, 0.75f), smooth(0.2f, 0.8f, cloud) * 0.75f + 0.25f * strata);
             color = mix(color, snow, 0.55f * veins);
             color = mix(color, snow, 0.65f * crack);
             const float bubbles = smooth(0.62f, 0.9f, noise(px * 32.0f, py * 32.0f, 128, 105u));
@@ -145,18 +149,43 @@ Canvas iceSurface()
     return canvas;
 }
 
+// Seen from high up: long drifts across the wind, glints as wide as they must be not to flicker.
 Canvas snowSurface()
 {
-    const int size = 256;
+    const int size = 512;
     Canvas canvas(size, size, snow, 1.0f);
     for (int y = 0; y < size; y++)
         for (int x = 0; x < size; x++)
         {
             const float px = float(x) / size * 4.0f, py = float(y) / size * 4.0f;
-            const float drift = 0.5f + 0.5f * fractal(px, py * 2.0f, 8, 5, 111u);
-            const float sparkle = smooth(0.70f, 0.95f, noise(px * 28.0f, py * 28.0f, 112, 112u));
-            const Color color = mix(mix(ice, snow, 0.35f), snow, smooth(0.15f, 0.75f, drift));
-            canvas.at(x, y).color = mix(color, {1.0f, 1.0f, 1.0f}, sparkle * 0.7f);
+            const float bend = 0.5f * fractal(px, py, 4, 3, 113u);
+            const float drift = 0.5f + 0.5f * fractal(px + bend, (py + bend) * 4.0f, 16, 4, 111u);
+            const float crest = smooth(0.72f, 0.95f, ridges(px + bend, (py + bend) * 3.0f, 12, 3, 114u));
+            const float broad = 0.5f + 0.6f * fractal(px, py, 4, 2, 115u);
+            const Color color =
+                mix(mix(glacier, ice, 0.75f), mix(ice, snow, 0.6f), smooth(0.2f, 0.8f, 0.55f * drift + 0.45f * broad));
+            canvas.at(x, y).color = mix(color, snow, 0.6f * crest * smooth(0.2f, 0.7f, broad));
+        }
+    return canvas;
+}
+
+// Rock ribs that come through snow, running down the picture.
+Canvas ridgeSurface()
+{
+    const int size = 512;
+    Canvas canvas(size, size, snow, 1.0f);
+    for (int y = 0; y < size; y++)
+        for (int x = 0; x < size; x++)
+        {
+            const float px = float(x) / size * 8.0f, py = float(y) / size * 4.0f;
+            const float warp = px + 0.5f * fractal(px, py, 8, 3, 116u);
+            const float ribs = ridges(warp, py * 0.5f, 8, 5, 117u);
+            const float patches = fractal(warp * 0.5f, py, 4, 4, 118u);
+            const float rock = smooth(0.42f, 0.80f, ribs + 0.45f * patches);
+            const Color stone =
+                mix(depth, glacier * 0.8f, smooth(-0.4f, 0.5f, fractal(px * 3.0f, py * 2.0f, 24, 4, 119u)));
+            const Color white = mix(ice, snow, 0.5f + 0.6f * fractal(px, py, 8, 4, 120u));
+            canvas.at(x, y).color = mix(white, stone, rock * 0.75f);
         }
     return canvas;
 }
@@ -271,7 +300,8 @@ Canvas roseWindow()
             const float u = (float(x) + 0.5f) / size * 2.0f - 1.0f, v = (float(y) + 0.5f) / size * 2.0f - 1.0f;
             const float radius = std::hypot(u, v), angle = std::atan2(v, u);
             const float turn = angle / 6.2831853f * 12.0f + 6.0f;
-            const float petal = std::fabs(turn - std::floor(turn) - 0.5f) * 2.0f; // 0 in the middle of a petal, 1 at its edge
+            const float petal =
+                std::fabs(turn - std::floor(turn) - 0.5f) * 2.0f; // 0 in the middle of a petal, 1 at its edge
             const float inner = std::fabs(turn * 2.0f - std::floor(turn * 2.0f) - 0.5f) * 2.0f;
 
             float lead = 0.95f - radius;
@@ -290,7 +320,8 @@ Canvas roseWindow()
             else if (radius < 0.95f)
             {
                 const float circle = 0.145f - std::hypot(radius - 0.785f, (petal * 0.5f) * radius * 0.5236f);
-                lead = circle > 0.0f ? circle : std::min({-circle, 0.95f - radius, radius - 0.62f, (1.0f - inner * 0.2f)});
+                lead =
+                    circle > 0.0f ? circle : std::min({-circle, 0.95f - radius, radius - 0.62f, (1.0f - inner * 0.2f)});
                 glass = circle > 0.0f ? mix(ice, snow, 0.5f * tint) : mix({0.12f, 0.22f, 0.62f}, glacier, tint);
             }
             const float pane = smooth(0.008f, 0.024f, lead);
