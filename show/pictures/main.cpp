@@ -19,15 +19,25 @@ struct Picture
 };
 
 const Picture pictures[] = {
-    {"overlay.png", Paint::overlay, true},          {"sandrift.png", Paint::logo, true},
-    {"sandrift_ghost.png", Paint::logoGhost, true}, {"scenese.png", Paint::banner, false},
-    {"greets.png", Paint::greetings, true},         {"font.png", Paint::glyphRow, true},
-    {"ballbg.jpg", Paint::ballScenery, false},      {"sun.png", Paint::sunSpark, true},
-    {"env.png", Paint::environment, false},         {"ice.png", Paint::iceSurface, false},
-    {"snow.png", Paint::snowSurface, false},        {"ridge.png", Paint::ridgeSurface, false},
-    {"stone.png", Paint::stoneSurface, false},      {"floor.png", Paint::floorSurface, false},
-    {"window.png", Paint::windowGlass, false},      {"rose.png", Paint::roseWindow, false},
-    {"flame.png", Paint::flameBody, false},         {"sky.png", Paint::skyDome, false},
+    {"overlay.png", Paint::overlay, true},
+    {"sandrift.png", Paint::logo, true},
+    {"sandrift_ghost.png", Paint::logoGhost, true},
+    {"scenese.png", Paint::banner, false},
+    {"greets.png", Paint::greetings, true},
+    {"font.png", Paint::glyphRow, true},
+    {"ballbg.jpg", Paint::ballScenery, false},
+    {"sun.png", Paint::sunSpark, true},
+    {"env.png", Paint::environment, false},
+    {"ice.png", Paint::iceSurface, false},
+    {"snow.png", Paint::snowSurface, false},
+    {"ridge.png", Paint::ridgeSurface, false},
+    {"stone.png", Paint::stoneSurface, false},
+    {"aisle.png", Paint::aisleSurface, false},
+    {"floor.png", Paint::floorSurface, false},
+    {"window.png", Paint::windowGlass, false},
+    {"rose.png", Paint::roseWindow, false},
+    {"flame.png", Paint::flameBody, false},
+    {"sky.png", Paint::skyDome, false},
 };
 
 } // namespace

@@ -207,46 +207,126 @@ float bond(int x, int y, int size, int columns, int rows, int& stone)
 
 } // namespace
 
-// Dressed blocks with worn edges, rime in the joints.
+namespace
+{
+
+// Large dressed blocks with soft joints, rime on them; x and y from 0 to 1 over the picture.
+Color masonry(int x, int y, int size, int columns, int rows)
+{
+    const float px = float(x) / size * 8.0f, py = float(y) / size * 8.0f;
+    int stone;
+    const float joint = bond(x, y, size, columns, rows, stone) + 5.0f * fractal(px * 2.0f, py * 2.0f, 16, 3, 121u);
+    const float tone = 0.85f + 0.35f * noise(float(stone) * 0.37f + 0.5f, 0.5f, 4096, 122u);
+    const float grain = fractal(px, py, 8, 4, 123u);
+    const Color block = mix({0.22f, 0.27f, 0.33f}, {0.36f, 0.43f, 0.50f}, 0.5f + 0.7f * grain) * tone;
+    const float edge = smooth(13.0f, 0.0f, joint);
+    const float rime = smooth(0.15f, 0.6f, fractal(px * 0.5f, py * 0.5f, 4, 4, 124u) + 0.2f * edge);
+    return mix(mix(block, abyss, edge * 0.6f), ice, rime * 0.35f);
+}
+
+// How far inside a lancet a place is, of the picture of its glass, where u runs from -1 to 1 and v from 0 to 4;
+// negative outside. Pointed arch: two arcs whose centres lie on the springing line.
+float insideLancet(float u, float v)
+{
+    const float arch = v < 1.6f ? 1.75f - std::hypot(std::fabs(u) + 0.85f, 1.6f - v) : 0.90f - std::fabs(u);
+    return std::min(arch, 3.92f - v);
+}
+
+// What falls through a lancet: cold panes, and the warm rose in its head.
+Color lancetLight(float u, float v)
+{
+    const Color cold =
+        mix(mix(glacier, ice, 0.6f), {0.20f, 0.32f, 0.85f}, 0.5f + 0.5f * noise(u * 2.5f + 4.0f, v * 1.6f, 64, 143u));
+    return mix(cold, ember * 1.6f, smooth(0.62f, 0.32f, std::hypot(u, v - 1.15f)));
+}
+
+} // namespace
+
 Canvas stoneSurface()
 {
     const int size = 512;
     Canvas canvas(size, size, depth, 1.0f);
     for (int y = 0; y < size; y++)
-        for (int x = 0; x < size; x++)
-        {
-            const float px = float(x) / size * 8.0f, py = float(y) / size * 8.0f;
-            int stone;
-            const float joint = bond(x, y, size, 4, 8, stone) + 4.0f * fractal(px * 2.0f, py * 2.0f, 16, 3, 121u);
-            const float tone = 0.75f + 0.45f * (noise(float(stone) * 0.37f + 0.5f, 0.5f, 4096, 122u));
-            const float grain = fractal(px * 3.0f, py * 3.0f, 24, 5, 123u);
-            const Color block = mix({0.20f, 0.25f, 0.30f}, {0.36f, 0.43f, 0.50f}, 0.5f + 0.9f * grain) * tone;
-            const float edge = smooth(7.0f, 1.0f, joint);
-            Color color = mix(block, abyss, edge * 0.85f);
-            const float rime = smooth(0.2f, 0.6f, fractal(px, py, 8, 5, 124u) + 0.35f * edge);
-            canvas.at(x, y).color = mix(color, ice, rime * 0.45f);
-        }
+        for (int x = 0; x < size; x++) canvas.at(x, y).color = masonry(x, y, size, 2, 4);
     return canvas;
 }
 
-// Large polished slabs.
-Canvas floorSurface()
+// The aisle's wall over one bay, 12 metres wide and 17 high, with the light on it: a glow around the window, shade
+// under the vault, at the foot and beside the columns.
+Canvas aisleSurface()
 {
     const int size = 512;
     Canvas canvas(size, size, depth, 1.0f);
     for (int y = 0; y < size; y++)
         for (int x = 0; x < size; x++)
         {
-            const float px = float(x) / size * 4.0f, py = float(y) / size * 4.0f;
-            const int slabX = x / 128, slabY = y / 128;
-            const int inX = x % 128, inY = y % 128;
-            const float joint = float(std::min(std::min(inX, 127 - inX), std::min(inY, 127 - inY)));
-            const bool dark = ((slabX + slabY) & 1) != 0;
-            const float vein = smooth(0.86f, 0.99f, ridges(px + 0.3f * fractal(px, py, 4, 4, 131u), py, 4, 5, 132u));
-            const float cloud = fractal(px * 2.0f, py * 2.0f, 8, 5, 133u);
-            Color color = dark ? mix(abyss, depth, 0.55f + 0.7f * cloud) : mix(depth, glacier, 0.40f + 0.6f * cloud);
-            color = mix(color, ice, vein * (dark ? 0.30f : 0.55f));
-            canvas.at(x, y).color = mix(color, abyss, smooth(2.5f, 0.5f, joint) * 0.8f);
+            const float across = std::fabs((float(x) + 0.5f) / size * 12.0f - 6.0f);
+            const float up = 17.0f - (float(y) + 0.5f) / size * 17.0f;
+            const float u = across / 2.3f, v = 4.0f - (up - 3.2f) / 2.3f;
+            const float away = std::max(0.0f, -insideLancet(u, v));
+            float light =
+                0.16f + 0.95f * std::exp(-away * 1.3f) + 0.35f * smooth(3.2f, 0.5f, up) * smooth(4.0f, 1.0f, across);
+            light *= smooth(-0.8f, 2.2f, up) * smooth(15.5f, 10.5f, up) * smooth(6.6f, 3.6f, across);
+            const Color tint = mix({1.0f, 1.0f, 1.0f}, {0.75f, 1.0f, 1.2f}, std::exp(-away));
+            Color color = masonry(x, y, size, 4, 8) * (0.10f + light * 1.25f);
+            color = {color.r * tint.r, color.g * tint.g, color.b * tint.b};
+            const float warm = std::exp(-2.2f * std::max(0.0f, std::hypot(u, v - 1.15f) - 0.5f));
+            canvas.at(x, y).color = color + ember * (0.16f * warm);
+        }
+    return canvas;
+}
+
+// The floor of one bay across the church, 34 metres by 12: polished slabs, shade at walls and columns, and what falls
+// through the windows of the left side, those of the aisle and, further in, those above it.
+Canvas floorSurface()
+{
+    const int width = 1024, height = 512;
+    Canvas canvas(width, height, depth, 1.0f);
+    struct Pool
+    {
+        float foot, head, half; // metres from the middle of the nave where it begins and ends; half its width
+        float strength;
+    };
+    const Pool pools[] = {{-15.5f, -3.0f, 2.1f, 0.95f}, {1.5f, 8.6f, 1.5f, 0.55f}};
+    for (int y = 0; y < height; y++)
+        for (int x = 0; x < width; x++)
+        {
+            const float across = (float(x) + 0.5f) / width * 34.0f - 17.0f, along = (float(y) + 0.5f) / height * 12.0f;
+            const float px = float(x) / width * 8.0f, py = float(y) / height * 4.0f;
+            const int slabWidth = width / 12, slabHeight = height / 4; // metres: not quite 3 by 3
+            const int column = std::min(11, x / slabWidth), row = y / slabHeight;
+            const int inX = x - column * slabWidth, inY = y % slabHeight;
+            const int end = column == 11 ? width - 11 * slabWidth : slabWidth;
+            const float joint = float(std::min(std::min(inX, end - 1 - inX), std::min(inY, slabHeight - 1 - inY)));
+            const bool dark = ((column + row) & 1) != 0;
+            const float vein =
+                smooth(0.82f, 1.0f, ridges(px + 0.3f * fractal(px, py, 8, 4, 131u), py * 2.0f, 8, 4, 132u));
+            const float cloud = fractal(px * 2.0f, py * 2.0f, 16, 4, 133u);
+            Color color = dark ? mix(abyss, depth, 0.75f + 0.6f * cloud) : mix(depth, glacier, 0.50f + 0.5f * cloud);
+            color = mix(color, ice, vein * (dark ? 0.15f : 0.30f));
+            color = mix(color, abyss, smooth(4.0f, 0.0f, joint) * 0.6f);
+
+            const float toColumn = std::hypot(std::fabs(across) - 9.0f, std::min(along, 12.0f - along));
+            float shade = smooth(1.2f, 4.0f, toColumn) * 0.7f + 0.3f;
+            shade *= 0.35f + 0.65f * smooth(17.2f, 13.0f, std::fabs(across));
+            color = color * (shade * 0.75f);
+            for (const Pool& pool : pools)
+            {
+                const float u = (along - 6.0f) / pool.half;
+                const float v = 4.0f - 4.0f * (across - pool.foot) / (pool.head - pool.foot);
+                if (v < -1.0f || v > 5.0f) continue;
+                const float soft = 0.10f + 0.05f * (4.0f - v); // further from its window it is less sharp
+                const float inside = smooth(-soft, soft, insideLancet(u, v));
+                const float mullion = std::hypot(u, v - 1.15f) < 0.46f ? 1.0f : smooth(0.0f, 0.16f, std::fabs(u));
+                float nearest, second;
+                cells(u * 2.6f + 8.0f, v * 2.6f, 64, 141u, nearest, second);
+                const float lead = 0.55f + 0.45f * smooth(0.0f, 0.25f, second - nearest);
+                const Color light = lancetLight(u, v) * (pool.strength * inside * lead * (0.35f + 0.65f * mullion));
+                color = color +
+                        Color{light.r * (0.25f + color.r), light.g * (0.25f + color.g), light.b * (0.25f + color.b)};
+                color = color + lancetLight(u, v) * (0.10f * pool.strength * smooth(-0.9f, 0.2f, insideLancet(u, v)));
+            }
+            canvas.at(x, y).color = color;
         }
     return canvas;
 }
@@ -261,10 +341,7 @@ Canvas windowGlass()
         {
             const float u = (float(x) + 0.5f) / width * 2.0f - 1.0f; // -1 to 1
             const float v = (float(y) + 0.5f) / width * 2.0f;        // 0 to 4, downwards
-            // Pointed arch: two arcs whose centres lie on the springing line.
-            const float inside = v < 1.6f ? 1.75f - std::hypot(std::fabs(u) + 0.85f, 1.6f - v) : 0.90f - std::fabs(u);
-            const float bottom = 3.92f - v;
-            const float frame = std::min(inside, bottom);
+            const float frame = insideLancet(u, v);
 
             const float rose = std::hypot(u, v - 1.15f);
             float nearest, second;

@@ -22,6 +22,7 @@ Canvas iceSurface();
 Canvas snowSurface();
 Canvas ridgeSurface();
 Canvas stoneSurface();
+Canvas aisleSurface();
 Canvas floorSurface();
 Canvas windowGlass();
 Canvas roseWindow();

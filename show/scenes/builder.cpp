@@ -515,30 +515,48 @@ MathBase::Quatf lookAt(const View& view)
 
 void setFlight(y3d::Camera* camera, const std::vector<View>& views)
 {
-    std::vector<Stop> x, y, z, rw, rx, ry, rz;
-    MathBase::Quatf before(1, 0, 0, 0);
-    for (const View& view : views)
+    setShots(camera, {views});
+}
+
+void setShots(y3d::Camera* camera, const std::vector<std::vector<View>>& shots)
+{
+    const float gap = 0.001f; // seconds between the last key of a shot and the first of the next
+    y3d::TrackBlenderFloat* const curves[] = {&camera->mPosition.mX, &camera->mPosition.mY, &camera->mPosition.mZ,
+                                              &camera->mRotation.mW, &camera->mRotation.mX, &camera->mRotation.mY,
+                                              &camera->mRotation.mZ};
+    const std::size_t count = sizeof(curves) / sizeof(curves[0]);
+    std::vector<y3d::TrackBlenderFloat::Key> keys[count];
+    for (std::size_t shot = 0; shot < shots.size(); shot++)
     {
-        x.push_back({view.time, view.eye.x});
-        y.push_back({view.time, view.eye.y});
-        z.push_back({view.time, view.eye.z});
-        MathBase::Quatf q = lookAt(view);
-        // A quaternion and its negative are one rotation; the nearer one keeps the curves smooth.
-        if (!rw.empty() && q.w * before.w + q.x * before.x + q.y * before.y + q.z * before.z < 0.0f)
-            q = MathBase::Quatf(-q.w, -q.x, -q.y, -q.z);
-        before = q;
-        rw.push_back({view.time, q.w});
-        rx.push_back({view.time, q.x});
-        ry.push_back({view.time, q.y});
-        rz.push_back({view.time, q.z});
+        std::vector<Stop> stops[count];
+        MathBase::Quatf before(1, 0, 0, 0);
+        for (const View& view : shots[shot])
+        {
+            MathBase::Quatf q = lookAt(view);
+            // A quaternion and its negative are one rotation; the nearer one keeps the curves smooth.
+            if (!stops[0].empty() && q.w * before.w + q.x * before.x + q.y * before.y + q.z * before.z < 0.0f)
+                q = MathBase::Quatf(-q.w, -q.x, -q.y, -q.z);
+            before = q;
+            const float time = view.time + (shot > 0 && stops[0].empty() ? gap : 0.0f);
+            const float values[count] = {view.eye.x, view.eye.y, view.eye.z, q.w, q.x, q.y, q.z};
+            for (std::size_t i = 0; i < count; i++) stops[i].push_back({time, values[i]});
+        }
+        for (std::size_t i = 0; i < count; i++)
+        {
+            setCurve(*curves[i], stops[i]);
+            keys[i].insert(keys[i].end(), curves[i]->mKeys.begin(), curves[i]->mKeys.end());
+        }
     }
-    setCurve(camera->mPosition.mX, x);
-    setCurve(camera->mPosition.mY, y);
-    setCurve(camera->mPosition.mZ, z);
-    setCurve(camera->mRotation.mW, rw);
-    setCurve(camera->mRotation.mX, rx);
-    setCurve(camera->mRotation.mY, ry);
-    setCurve(camera->mRotation.mZ, rz);
+    for (std::size_t i = 0; i < count; i++) curves[i]->mKeys.swap(keys[i]);
+    for (std::size_t i = 0; i < count; i++)
+        for (std::size_t k = 1; k < curves[i]->mKeys.size(); k++)
+        {
+            // A cut is no curve: handles that stay within it.
+            y3d::TrackBlenderFloat::Key &last = curves[i]->mKeys[k - 1], &first = curves[i]->mKeys[k];
+            if (first.mPoint.x - last.mPoint.x > 2.0f * gap) continue;
+            last.mHandleOut = {last.mPoint.x + gap / 3.0f, last.mPoint.y};
+            first.mHandleIn = {first.mPoint.x - gap / 3.0f, first.mPoint.y};
+        }
 }
 
 } // namespace Scenes

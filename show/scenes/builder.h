@@ -150,5 +150,7 @@ struct View
     float roll = 0.0f;
 };
 void setFlight(y3d::Camera* camera, const std::vector<View>& views);
+// The same for several ways with cuts between them: each begins where, in time, the one before ends.
+void setShots(y3d::Camera* camera, const std::vector<std::vector<View>>& shots);
 
 } // namespace Scenes
