@@ -8,61 +8,85 @@
 namespace Paint
 {
 
-// Ridges behind ridges under an aurora, drawn for a pan: 2048 texels wide, of which the effect shows 724 at a time, and
-// only the upper 459 rows.
+namespace
+{
+
+// An aurora's curtain: it hangs from a wandering line and fades upwards, with rays and folds in it. `x` runs 8 units
+// around the picture, `v` down from 0 to 1, `line` is where the curtain's lower edge lies on average.
+Color aurora(float x, float v, float line, uint32_t seed)
+{
+    const float edge = line + 0.13f * fractal(x * 0.5f, 0.4f, 4, 4, seed);
+    const float fold = x + 0.35f * fractal(x, 0.3f + v * 0.25f, 8, 3, seed + 11u);
+    const float rays = smooth(-0.35f, 0.75f, fractal(fold * 5.0f, v * 0.5f, 40, 3, seed + 21u));
+    const float presence = smooth(-0.35f, 0.35f, fractal(x * 0.5f, 7.4f, 4, 2, seed + 31u));
+    const float hang = v < edge ? std::exp((v - edge) * 7.0f) : std::exp((edge - v) * 30.0f);
+    const Color high = {0.16f, 0.28f, 0.55f}, low = {0.22f, 0.85f, 0.68f};
+    return mix(high, low, smooth(0.25f, 0.0f, edge - v)) * (0.85f * hang * presence * (0.25f + 0.75f * rays));
+}
+
+const float SCENERY_AROUND = 8.0f; // units around the scenery, so that left and right edge meet
+const int SCENERY_LAYERS = 5;
+
+// Where a layer's crest lies, in rows from the top; layer 0 is the furthest.
+float crestOf(int layer, float x)
+{
+    const float near = float(layer) / float(SCENERY_LAYERS - 1);
+    const int period = int(SCENERY_AROUND);
+    const uint32_t seed = 60u + 7u * uint32_t(layer);
+    const float warp = x + 0.35f * fractal(x, float(layer) + 0.3f, period, 3, seed);
+    const float massif =
+        smooth(-0.5f, 0.6f, fractal(warp * 0.5f, float(layer) * 3.1f + 0.5f, period / 2, 2, seed + 1u));
+    const float peaks = ridges(warp, float(layer) * 3.7f + 0.5f, period, 5, seed + 2u);
+    return 215.0f + 255.0f * std::pow(near, 1.1f) - (40.0f + 130.0f * massif) * (1.0f - 0.35f * near) * peaks * peaks;
+}
+
+// A layer's colour at a depth below its crest, in rows: snow lit from the left, more air before the far ones, and mist
+// that lies in the valley before the next.
+Color ridgeFace(int layer, float x, float below)
+{
+    const float near = float(layer) / float(SCENERY_LAYERS - 1);
+    const float slope = crestOf(layer, x + 0.03f) - crestOf(layer, x - 0.03f); // rows: falls to the right if positive
+    const float across = x * 4.0f + 0.006f * below, down = below / 110.0f + float(layer) * 9.0f;
+    const auto relief = [&](float at) { return ridges(at, down, 32, 4, 80u + uint32_t(layer)); };
+    const float lit = smooth(-0.30f, 0.30f, relief(across + 0.05f) - relief(across - 0.05f) - 0.010f * slope);
+    const Color air = mix(mix(glacier, ice, 0.45f), mix(depth, glacier, 0.30f), std::sqrt(near));
+    const Color shade = mix(mix(depth, air, 0.60f), abyss, near), light = mix(mix(ice, snow, 0.3f), glacier, near);
+    Color face = mix(shade, light, lit * (0.75f - 0.25f * near));
+    face = mix(face, air, 0.55f * (1.0f - near));
+    face = face + ice * (0.12f * std::exp(-below / 2.0f)); // the crest against what is behind
+    return mix(face, air, smooth(0.0f, 105.0f, below) * (0.92f - 0.35f * near));
+}
+
+} // namespace
+
+// Layers of ridges in haze under an aurora, a last warmth behind them; drawn for a pan: 2048 texels wide, of which the
+// effect shows 724 at a time, and only the upper 459 rows.
 Canvas ballScenery()
 {
     const int width = 2048, height = 512, shown = 459;
     Canvas canvas(width, height, abyss, 1.0f);
     for (int x = 0; x < width; x++)
     {
-        const float px = float(x) / 256.0f; // 8 units around, so that left and right edge meet
-        float crests[5];
-        for (int layer = 0; layer < 5; layer++)
-        {
-            const float near = float(layer) / 4.0f;
-            const float rough =
-                ridges(px * (1.0f + near), float(layer) * 3.7f + 0.5f, 8 * (layer ? 2 : 1), 6, 60u + uint32_t(layer));
-            crests[layer] = 240.0f + 48.0f * float(layer) - (170.0f - 70.0f * near) * rough * rough;
-        }
-        const float curtain = fractal(px, 0.4f, 8, 4, 71u);
+        const float px = float(x) / float(width) * SCENERY_AROUND;
+        float crests[SCENERY_LAYERS];
+        for (int layer = 0; layer < SCENERY_LAYERS; layer++) crests[layer] = crestOf(layer, px);
+        const float warmth = smooth(-0.3f, 0.5f, fractal(px * 0.5f, 2.2f, 4, 2, 76u)); // where the sun went down
         for (int y = 0; y < height; y++)
         {
             const float v = float(y) / float(shown);
-            // Sky: abyss above, a cold glow over the horizon.
-            Color color = mix(abyss, depth, smooth(0.0f, 0.75f, v));
-            color = color + glacier * (0.30f * smooth(0.25f, 0.72f, v));
-
-            // Aurora: bands that hang from a wandering line, with rays in them.
-            const float line = 0.27f + 0.10f * curtain;
-            const float rays = 0.45f + 0.55f * fractal(px * 14.0f, v * 0.7f, 8 * 14, 3, 72u);
-            const float hang = v < line ? std::exp((v - line) * 11.0f) : std::exp((line - v) * 42.0f);
-            color = color + mix(glacier, {0.25f, 0.85f, 0.70f}, 0.65f) * (hang * std::max(0.0f, rays) * 0.85f);
-
-            // Stars, a few, only in the dark.
+            Color color = mix(abyss, depth, smooth(0.0f, 0.5f, v)) + glacier * (0.45f * smooth(0.18f, 0.5f, v));
+            color = color + ember * (0.75f * warmth * smooth(0.20f, 0.48f, v));
+            color = color + aurora(px, v, 0.20f, 71u);
             const float star = noise(float(x) * 0.91f, float(y) * 0.91f, 4096, 73u);
-            color = color + snow * (smooth(0.80f, 0.93f, star) * 0.7f * (1.0f - smooth(0.1f, 0.45f, v)));
-
-            for (int layer = 0; layer < 5; layer++)
-            {
-                if (float(y) < crests[layer]) continue;
-                const float below = float(y) - crests[layer];
-                const float near = float(layer) / 4.0f;
-                // Far ridges are pale with air, near ones dark. Their faces are lit from the left: the slope of a
-                // ridged height field that is stretched downwards, as couloirs run.
-                const float fx = px * 5.0f, fy = below / 95.0f + float(layer) * 9.0f;
-                const auto relief = [&](float at) { return ridges(at, fy, 40, 5, 80u + uint32_t(layer)); };
-                const float lit = smooth(-0.22f, 0.22f, relief(fx + 0.03f) - relief(fx - 0.03f));
-                const float relieved = relief(fx);
-                Color rock = mix(mix(glacier, depth, 0.45f), mix(depth, abyss, 0.55f), near);
-                rock = rock * (0.55f + 0.6f * lit);
-                const float snowLine = smooth(0.38f, 0.75f, relieved + 0.35f - below / (190.0f - 60.0f * near));
-                rock = mix(rock, mix(glacier, snow, 0.25f + 0.75f * lit) * (0.95f - 0.35f * near),
-                           snowLine * (0.85f - 0.25f * near));
-                rock = rock + glacier * (0.35f * std::exp(-below / 3.0f) * (1.0f - 0.5f * near)); // lit edge
-                color =
-                    mix(rock, mix(glacier, depth, 0.5f), smooth(0.0f, 90.0f, below) * 0.35f * (1.0f - near)); // mist
-            }
+            color = color + snow * (smooth(0.80f, 0.93f, star) * 0.7f * smooth(0.4f, 0.1f, v));
+            // The nearest of the layers that reach up to here.
+            for (int layer = SCENERY_LAYERS - 1; layer >= 0; layer--)
+                if (float(y) >= crests[layer])
+                {
+                    color = ridgeFace(layer, px, float(y) - crests[layer]);
+                    color = color + ember * (0.10f * warmth * (1.0f - float(layer) / SCENERY_LAYERS));
+                    break;
+                }
             canvas.at(x, y).color = color;
         }
     }
@@ -434,10 +458,7 @@ Canvas skyDome()
             const float px = float(x) / size * 8.0f, v = float(y) / height;
             Color color = mix(abyss * 0.6f, depth * 0.9f, smooth(0.15f, 0.95f, v));
             color = color + glacier * (0.55f * smooth(0.72f, 0.98f, v));
-            const float line = 0.66f + 0.11f * fractal(px, 0.4f, 8, 4, 161u);
-            const float rays = 0.45f + 0.6f * fractal(px * 10.0f, v * 0.6f, 80, 3, 162u);
-            const float hang = v < line ? std::exp((v - line) * 8.0f) : std::exp((line - v) * 36.0f);
-            color = color + mix(glacier, {0.22f, 0.85f, 0.68f}, 0.7f) * (hang * std::max(0.0f, rays) * 0.8f);
+            color = color + aurora(px, v, 0.62f, 161u) + aurora(px + 2.7f, v, 0.76f, 261u) * 0.7f;
             const float star = noise(px * 26.0f, v * 104.0f, 208, 163u);
             color = color + snow * (smooth(0.80f, 0.92f, star) * 0.8f * smooth(0.9f, 0.5f, v));
             canvas.at(x, y).color = color;
