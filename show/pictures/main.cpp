@@ -18,26 +18,10 @@ struct Picture
     bool alpha;
 };
 
-const Picture pictures[] = {
-    {"overlay.png", Paint::overlay, true},
-    {"sandrift.png", Paint::logo, true},
-    {"sandrift_ghost.png", Paint::logoGhost, true},
-    {"scenese.png", Paint::banner, false},
-    {"greets.png", Paint::greetings, true},
-    {"font.png", Paint::glyphRow, true},
-    {"ballbg.jpg", Paint::ballScenery, false},
-    {"sun.png", Paint::sunSpark, true},
-    {"env.png", Paint::environment, false},
-    {"ice.png", Paint::iceSurface, false},
-    {"snow.png", Paint::snowSurface, false},
-    {"ridge.png", Paint::ridgeSurface, false},
-    {"stone.png", Paint::stoneSurface, false},
-    {"aisle.png", Paint::aisleSurface, false},
-    {"floor.png", Paint::floorSurface, false},
-    {"window.png", Paint::windowGlass, false},
-    {"rose.png", Paint::roseWindow, false},
-    {"flame.png", Paint::flameBody, false},
-    {"sky.png", Paint::skyDome, false},
+const Picture PICTURES[] = {
+#define PICTURE(name, painter, alpha) {name, Paint::painter, alpha},
+#include "list.inc"
+#undef PICTURE
 };
 
 } // namespace
@@ -51,7 +35,7 @@ int main(int argc, char** argv)
     }
     try
     {
-        for (const Picture& picture : pictures)
+        for (const Picture& picture : PICTURES)
         {
             const std::string filename = std::string(argv[1]) + "/" + picture.filename;
             const Paint::Canvas canvas = picture.paint();

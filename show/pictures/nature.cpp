@@ -300,6 +300,36 @@ Canvas aisleSurface()
     return canvas;
 }
 
+// The wall behind the choir, 34 metres wide and high: the glow of the rose, warm in its middle and cold further out,
+// and of the three lancets below it; shade in the corners.
+Canvas choirSurface()
+{
+    const int size = 1024;
+    Canvas canvas(size, size, depth, 1.0f);
+    for (int y = 0; y < size; y++)
+        for (int x = 0; x < size; x++)
+        {
+            const float across = (float(x) + 0.5f) / size * 34.0f - 17.0f,
+                        up = 34.0f - (float(y) + 0.5f) / size * 34.0f;
+            const float toRose = std::max(0.0f, std::hypot(across, up - 22.2f) - 5.4f);
+            float toLancet = 100.0f; // metres
+            for (int i = -1; i <= 1; i++)
+            {
+                const float half = i ? 1.7f : 2.0f, height = i ? 9.5f : 11.7f;
+                const float u = (across - 4.9f * float(i)) / half, v = 4.0f - 4.0f * (up - 3.5f) / height;
+                toLancet = std::min(toLancet, half * std::max(0.0f, -insideLancet(u, v)));
+            }
+            const float light = 0.30f + 0.75f * std::exp(-toLancet * 0.9f);
+            const float corner =
+                smooth(17.5f, 9.0f, std::fabs(across)) * smooth(-1.0f, 4.0f, up) * smooth(33.0f, 27.0f, up);
+            const Color stone = masonry(x, y, size, 12, 18);
+            const Color shine = Color{0.85f, 1.0f, 1.15f} * (light * (0.25f + 0.75f * corner)) +
+                                ember * (1.3f * std::exp(-toRose * 0.75f));
+            canvas.at(x, y).color = {stone.r * shine.r, stone.g * shine.g, stone.b * shine.b};
+        }
+    return canvas;
+}
+
 // The floor of one bay across the church, 34 metres by 12: polished slabs, shade at walls and columns, and what falls
 // through the windows of the left side, those of the aisle and, further in, those above it.
 Canvas floorSurface()

@@ -23,6 +23,7 @@ Canvas snowSurface();
 Canvas ridgeSurface();
 Canvas stoneSurface();
 Canvas aisleSurface();
+Canvas choirSurface();
 Canvas floorSurface();
 Canvas windowGlass();
 Canvas roseWindow();

@@ -379,6 +379,7 @@ void makeMaterials(Builder& b)
                Vector3f(0.03f, 0.08f, 0.12f), "ice.png");
     b.material("metal", Vector3f(0.34f, 0.27f, 0.22f), dim, Vector3f(0.25f, 0.2f, 0.15f), 30, none, "stone.png");
     b.material("aisle", Vector3f(0.55f, 0.62f, 0.72f), dim, none, 10, Vector3f(0.34f, 0.36f, 0.40f), "aisle.png");
+    b.material("choir", Vector3f(0.6f, 0.66f, 0.74f), dim, none, 10, Vector3f(0.42f, 0.44f, 0.48f), "choir.png");
     b.shadeless("window", Vector3f(0.95f, 1.0f, 1.0f), "window.png");
     b.shadeless("rose", Vector3f(1, 1, 1), "rose.png");
     b.shadeless("flame", Vector3f(1, 1, 1), "flame.png");
@@ -413,8 +414,8 @@ void buildChoir(Builder& b)
 {
     // The end wall, behind the last BAY, with the rose and three lancets.
     const float end = bayStart(BAYS);
-    Surface wall("wall");
-    wall.grid(24, 20, 6.0f, 5.0f,
+    Surface wall("choir");
+    wall.grid(24, 20, 1.0f, 1.0f,
               [&](float u, float v) { return Vector3f((u * 2.0f - 1.0f) * OUTSIDE, v * 34.0f, end); });
     wall.smoothNormals();
     const Vector3f middle(0, 22.2f, end + 0.15f);
