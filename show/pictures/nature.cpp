@@ -49,11 +49,11 @@ Color ridgeFace(int layer, float x, float below)
     const float across = x * 4.0f + 0.006f * below, down = below / 110.0f + float(layer) * 9.0f;
     const auto relief = [&](float at) { return ridges(at, down, 32, 4, 80u + uint32_t(layer)); };
     const float lit = smooth(-0.30f, 0.30f, relief(across + 0.05f) - relief(across - 0.05f) - 0.010f * slope);
-    const Color air = mix(mix(glacier, ice, 0.45f), mix(depth, glacier, 0.30f), std::sqrt(near));
-    const Color shade = mix(mix(depth, air, 0.60f), abyss, near), light = mix(mix(ice, snow, 0.3f), glacier, near);
+    const Color air = mix(mix(GLACIER, ICE, 0.45f), mix(DEPTH, GLACIER, 0.30f), std::sqrt(near));
+    const Color shade = mix(mix(DEPTH, air, 0.60f), ABYSS, near), light = mix(mix(ICE, SNOW, 0.3f), GLACIER, near);
     Color face = mix(shade, light, lit * (0.75f - 0.25f * near));
     face = mix(face, air, 0.55f * (1.0f - near));
-    face = face + ice * (0.12f * std::exp(-below / 2.0f)); // the crest against what is behind
+    face = face + ICE * (0.12f * std::exp(-below / 2.0f)); // the crest against what is behind
     return mix(face, air, smooth(0.0f, 105.0f, below) * (0.92f - 0.35f * near));
 }
 
@@ -64,7 +64,7 @@ Color ridgeFace(int layer, float x, float below)
 Canvas ballScenery()
 {
     const int width = 2048, height = 512, shown = 459;
-    Canvas canvas(width, height, abyss, 1.0f);
+    Canvas canvas(width, height, ABYSS, 1.0f);
     for (int x = 0; x < width; x++)
     {
         const float px = float(x) / float(width) * SCENERY_AROUND;
@@ -74,17 +74,17 @@ Canvas ballScenery()
         for (int y = 0; y < height; y++)
         {
             const float v = float(y) / float(shown);
-            Color color = mix(abyss, depth, smooth(0.0f, 0.5f, v)) + glacier * (0.45f * smooth(0.18f, 0.5f, v));
-            color = color + ember * (0.75f * warmth * smooth(0.20f, 0.48f, v));
+            Color color = mix(ABYSS, DEPTH, smooth(0.0f, 0.5f, v)) + GLACIER * (0.45f * smooth(0.18f, 0.5f, v));
+            color = color + EMBER * (0.75f * warmth * smooth(0.20f, 0.48f, v));
             color = color + aurora(px, v, 0.20f, 71u);
             const float star = noise(float(x) * 0.91f, float(y) * 0.91f, 4096, 73u);
-            color = color + snow * (smooth(0.80f, 0.93f, star) * 0.7f * smooth(0.4f, 0.1f, v));
+            color = color + SNOW * (smooth(0.80f, 0.93f, star) * 0.7f * smooth(0.4f, 0.1f, v));
             // The nearest of the layers that reach up to here.
             for (int layer = SCENERY_LAYERS - 1; layer >= 0; layer--)
                 if (float(y) >= crests[layer])
                 {
                     color = ridgeFace(layer, px, float(y) - crests[layer]);
-                    color = color + ember * (0.10f * warmth * (1.0f - float(layer) / SCENERY_LAYERS));
+                    color = color + EMBER * (0.10f * warmth * (1.0f - float(layer) / SCENERY_LAYERS));
                     break;
                 }
             canvas.at(x, y).color = color;
@@ -97,7 +97,7 @@ Canvas ballScenery()
 Canvas sunSpark()
 {
     const int size = 128;
-    Canvas canvas(size, size, ember, 0.0f);
+    Canvas canvas(size, size, EMBER, 0.0f);
     for (int y = 0; y < size; y++)
         for (int x = 0; x < size; x++)
         {
@@ -108,7 +108,7 @@ Canvas sunSpark()
             const float points = std::exp(-std::fabs(u * v) * 180.0f) * std::exp(-distance * 3.2f);
             Pixel& pixel = canvas.at(x, y);
             pixel.alpha = std::min(1.0f, (0.8f * body + 0.55f * points) * rim);
-            pixel.color = mix({0.85f, 0.16f, 0.05f}, mix(ember, {1.0f, 0.9f, 0.7f}, smooth(0.35f, 0.0f, distance)),
+            pixel.color = mix({0.85f, 0.16f, 0.05f}, mix(EMBER, {1.0f, 0.9f, 0.7f}, smooth(0.35f, 0.0f, distance)),
                               smooth(0.9f, 0.15f, distance));
         }
     return canvas;
@@ -118,7 +118,7 @@ Canvas sunSpark()
 Canvas environment()
 {
     const int size = 512;
-    Canvas canvas(size, size, abyss, 1.0f);
+    Canvas canvas(size, size, ABYSS, 1.0f);
     for (int y = 0; y < size; y++)
         for (int x = 0; x < size; x++)
         {
@@ -129,19 +129,19 @@ Canvas environment()
             const float stretch = 1.0f + 2.2f * distance * distance; // things crowd towards the rim
             const float px = u * stretch + 4.0f, py = v * stretch + 4.0f;
 
-            Color color = mix(depth * 0.8f, abyss, smooth(-0.2f, -0.9f, up));
-            color = color + glacier * (0.75f * smooth(-0.1f, 0.9f, up));
+            Color color = mix(DEPTH * 0.8f, ABYSS, smooth(-0.2f, -0.9f, up));
+            color = color + GLACIER * (0.75f * smooth(-0.1f, 0.9f, up));
             const float seams = ridges(px * 1.6f, py * 1.1f, 1024, 5, 90u);
-            color = color + ice * (0.75f * smooth(0.72f, 0.98f, seams) * smooth(-0.6f, 0.4f, up));
+            color = color + ICE * (0.75f * smooth(0.72f, 0.98f, seams) * smooth(-0.6f, 0.4f, up));
             // The opening overhead: a bright, slightly torn window.
             const float torn = std::hypot(u * 1.25f, v + 0.52f) + 0.09f * fractal(px * 2.0f, py * 2.0f, 1024, 4, 91u);
-            color = mix(color, snow, smooth(0.30f, 0.16f, torn));
-            color = color + ice * (0.55f * std::exp(-torn * 3.6f));
+            color = mix(color, SNOW, smooth(0.30f, 0.16f, torn));
+            color = color + ICE * (0.55f * std::exp(-torn * 3.6f));
             // Embers underneath.
             const float warm = std::hypot(u * 0.9f, v - 0.62f);
-            color = color + ember * (0.85f * std::exp(-warm * warm * 9.0f));
+            color = color + EMBER * (0.85f * std::exp(-warm * warm * 9.0f));
             // A cold rim, so that the blob stands out from dark ground.
-            color = color + ice * (0.85f * smooth(0.80f, 0.99f, distance));
+            color = color + ICE * (0.85f * smooth(0.80f, 0.99f, distance));
             canvas.at(x, y).color = color;
         }
     return canvas;
@@ -150,7 +150,7 @@ Canvas environment()
 Canvas iceSurface()
 {
     const int size = 512;
-    Canvas canvas(size, size, ice, 1.0f);
+    Canvas canvas(size, size, ICE, 1.0f);
     for (int y = 0; y < size; y++)
         for (int x = 0; x < size; x++)
         {
@@ -164,11 +164,11 @@ Canvas iceSurface()
             const float veins = smooth(0.80f, 0.98f, ridges(warpX, warpY, 4, 5, 104u));
             const float strata = 0.5f + 0.5f * std::sin((py + 0.3f * cloud) * 6.2831853f * 3.0f);
             Color color =
-                mix(glacier * 0.75f, mix(glacier, ice, 0.75f), smooth(0.2f, 0.8f, cloud) * 0.75f + 0.25f * strata);
-            color = mix(color, snow, 0.55f * veins);
-            color = mix(color, snow, 0.65f * crack);
+                mix(GLACIER * 0.75f, mix(GLACIER, ICE, 0.75f), smooth(0.2f, 0.8f, cloud) * 0.75f + 0.25f * strata);
+            color = mix(color, SNOW, 0.55f * veins);
+            color = mix(color, SNOW, 0.65f * crack);
             const float bubbles = smooth(0.62f, 0.9f, noise(px * 32.0f, py * 32.0f, 128, 105u));
-            canvas.at(x, y).color = mix(color, snow, 0.30f * bubbles);
+            canvas.at(x, y).color = mix(color, SNOW, 0.30f * bubbles);
         }
     return canvas;
 }
@@ -177,7 +177,7 @@ Canvas iceSurface()
 Canvas snowSurface()
 {
     const int size = 512;
-    Canvas canvas(size, size, snow, 1.0f);
+    Canvas canvas(size, size, SNOW, 1.0f);
     for (int y = 0; y < size; y++)
         for (int x = 0; x < size; x++)
         {
@@ -187,8 +187,8 @@ Canvas snowSurface()
             const float crest = smooth(0.72f, 0.95f, ridges(px + bend, (py + bend) * 3.0f, 12, 3, 114u));
             const float broad = 0.5f + 0.6f * fractal(px, py, 4, 2, 115u);
             const Color color =
-                mix(mix(glacier, ice, 0.75f), mix(ice, snow, 0.6f), smooth(0.2f, 0.8f, 0.55f * drift + 0.45f * broad));
-            canvas.at(x, y).color = mix(color, snow, 0.6f * crest * smooth(0.2f, 0.7f, broad));
+                mix(mix(GLACIER, ICE, 0.75f), mix(ICE, SNOW, 0.6f), smooth(0.2f, 0.8f, 0.55f * drift + 0.45f * broad));
+            canvas.at(x, y).color = mix(color, SNOW, 0.6f * crest * smooth(0.2f, 0.7f, broad));
         }
     return canvas;
 }
@@ -197,7 +197,7 @@ Canvas snowSurface()
 Canvas ridgeSurface()
 {
     const int size = 512;
-    Canvas canvas(size, size, snow, 1.0f);
+    Canvas canvas(size, size, SNOW, 1.0f);
     for (int y = 0; y < size; y++)
         for (int x = 0; x < size; x++)
         {
@@ -207,8 +207,8 @@ Canvas ridgeSurface()
             const float patches = fractal(warp * 0.5f, py, 4, 4, 118u);
             const float rock = smooth(0.42f, 0.80f, ribs + 0.45f * patches);
             const Color stone =
-                mix(depth, glacier * 0.8f, smooth(-0.4f, 0.5f, fractal(px * 3.0f, py * 2.0f, 24, 4, 119u)));
-            const Color white = mix(ice, snow, 0.5f + 0.6f * fractal(px, py, 8, 4, 120u));
+                mix(DEPTH, GLACIER * 0.8f, smooth(-0.4f, 0.5f, fractal(px * 3.0f, py * 2.0f, 24, 4, 119u)));
+            const Color white = mix(ICE, SNOW, 0.5f + 0.6f * fractal(px, py, 8, 4, 120u));
             canvas.at(x, y).color = mix(white, stone, rock * 0.75f);
         }
     return canvas;
@@ -245,7 +245,7 @@ Color masonry(int x, int y, int size, int columns, int rows)
     const Color block = mix({0.22f, 0.27f, 0.33f}, {0.36f, 0.43f, 0.50f}, 0.5f + 0.7f * grain) * tone;
     const float edge = smooth(13.0f, 0.0f, joint);
     const float rime = smooth(0.15f, 0.6f, fractal(px * 0.5f, py * 0.5f, 4, 4, 124u) + 0.2f * edge);
-    return mix(mix(block, abyss, edge * 0.6f), ice, rime * 0.35f);
+    return mix(mix(block, ABYSS, edge * 0.6f), ICE, rime * 0.35f);
 }
 
 // How far inside a lancet a place is, of the picture of its glass, where u runs from -1 to 1 and v from 0 to 4;
@@ -260,8 +260,8 @@ float insideLancet(float u, float v)
 Color lancetLight(float u, float v)
 {
     const Color cold =
-        mix(mix(glacier, ice, 0.6f), {0.20f, 0.32f, 0.85f}, 0.5f + 0.5f * noise(u * 2.5f + 4.0f, v * 1.6f, 64, 143u));
-    return mix(cold, ember * 1.6f, smooth(0.62f, 0.32f, std::hypot(u, v - 1.15f)));
+        mix(mix(GLACIER, ICE, 0.6f), {0.20f, 0.32f, 0.85f}, 0.5f + 0.5f * noise(u * 2.5f + 4.0f, v * 1.6f, 64, 143u));
+    return mix(cold, EMBER * 1.6f, smooth(0.62f, 0.32f, std::hypot(u, v - 1.15f)));
 }
 
 } // namespace
@@ -269,7 +269,7 @@ Color lancetLight(float u, float v)
 Canvas stoneSurface()
 {
     const int size = 512;
-    Canvas canvas(size, size, depth, 1.0f);
+    Canvas canvas(size, size, DEPTH, 1.0f);
     for (int y = 0; y < size; y++)
         for (int x = 0; x < size; x++) canvas.at(x, y).color = masonry(x, y, size, 2, 4);
     return canvas;
@@ -280,7 +280,7 @@ Canvas stoneSurface()
 Canvas aisleSurface()
 {
     const int size = 512;
-    Canvas canvas(size, size, depth, 1.0f);
+    Canvas canvas(size, size, DEPTH, 1.0f);
     for (int y = 0; y < size; y++)
         for (int x = 0; x < size; x++)
         {
@@ -295,7 +295,7 @@ Canvas aisleSurface()
             Color color = masonry(x, y, size, 4, 8) * (0.10f + light * 1.25f);
             color = {color.r * tint.r, color.g * tint.g, color.b * tint.b};
             const float warm = std::exp(-2.2f * std::max(0.0f, std::hypot(u, v - 1.15f) - 0.5f));
-            canvas.at(x, y).color = color + ember * (0.16f * warm);
+            canvas.at(x, y).color = color + EMBER * (0.16f * warm);
         }
     return canvas;
 }
@@ -305,7 +305,7 @@ Canvas aisleSurface()
 Canvas choirSurface()
 {
     const int size = 1024;
-    Canvas canvas(size, size, depth, 1.0f);
+    Canvas canvas(size, size, DEPTH, 1.0f);
     for (int y = 0; y < size; y++)
         for (int x = 0; x < size; x++)
         {
@@ -324,7 +324,7 @@ Canvas choirSurface()
                 smooth(17.5f, 9.0f, std::fabs(across)) * smooth(-1.0f, 4.0f, up) * smooth(33.0f, 27.0f, up);
             const Color stone = masonry(x, y, size, 12, 18);
             const Color shine = Color{0.85f, 1.0f, 1.15f} * (light * (0.25f + 0.75f * corner)) +
-                                ember * (1.3f * std::exp(-toRose * 0.75f));
+                                EMBER * (1.3f * std::exp(-toRose * 0.75f));
             canvas.at(x, y).color = {stone.r * shine.r, stone.g * shine.g, stone.b * shine.b};
         }
     return canvas;
@@ -335,13 +335,13 @@ Canvas choirSurface()
 Canvas floorSurface()
 {
     const int width = 1024, height = 512;
-    Canvas canvas(width, height, depth, 1.0f);
+    Canvas canvas(width, height, DEPTH, 1.0f);
     struct Pool
     {
         float foot, head, half; // metres from the middle of the nave where it begins and ends; half its width
         float strength;
     };
-    const Pool pools[] = {{-15.5f, -3.0f, 2.1f, 0.95f}, {1.5f, 8.6f, 1.5f, 0.55f}};
+    const Pool POOLS[] = {{-15.5f, -3.0f, 2.1f, 0.95f}, {1.5f, 8.6f, 1.5f, 0.55f}};
     for (int y = 0; y < height; y++)
         for (int x = 0; x < width; x++)
         {
@@ -356,15 +356,15 @@ Canvas floorSurface()
             const float vein =
                 smooth(0.82f, 1.0f, ridges(px + 0.3f * fractal(px, py, 8, 4, 131u), py * 2.0f, 8, 4, 132u));
             const float cloud = fractal(px * 2.0f, py * 2.0f, 16, 4, 133u);
-            Color color = dark ? mix(abyss, depth, 0.75f + 0.6f * cloud) : mix(depth, glacier, 0.50f + 0.5f * cloud);
-            color = mix(color, ice, vein * (dark ? 0.15f : 0.30f));
-            color = mix(color, abyss, smooth(4.0f, 0.0f, joint) * 0.6f);
+            Color color = dark ? mix(ABYSS, DEPTH, 0.75f + 0.6f * cloud) : mix(DEPTH, GLACIER, 0.50f + 0.5f * cloud);
+            color = mix(color, ICE, vein * (dark ? 0.15f : 0.30f));
+            color = mix(color, ABYSS, smooth(4.0f, 0.0f, joint) * 0.6f);
 
             const float toColumn = std::hypot(std::fabs(across) - 9.0f, std::min(along, 12.0f - along));
             float shade = smooth(1.2f, 4.0f, toColumn) * 0.7f + 0.3f;
             shade *= 0.35f + 0.65f * smooth(17.2f, 13.0f, std::fabs(across));
             color = color * (shade * 0.75f);
-            for (const Pool& pool : pools)
+            for (const Pool& pool : POOLS)
             {
                 const float u = (along - 6.0f) / pool.half;
                 const float v = 4.0f - 4.0f * (across - pool.foot) / (pool.head - pool.foot);
@@ -389,7 +389,7 @@ Canvas floorSurface()
 Canvas windowGlass()
 {
     const int width = 256, height = 512;
-    Canvas canvas(width, height, abyss, 1.0f);
+    Canvas canvas(width, height, ABYSS, 1.0f);
     for (int y = 0; y < height; y++)
         for (int x = 0; x < width; x++)
         {
@@ -402,20 +402,20 @@ Canvas windowGlass()
             cells(u * 2.6f + 8.0f, v * 2.6f, 64, 141u, nearest, second);
             float lead = second - nearest;
             const float shade = noise(nearest * 3.0f + u * 1.3f, v * 1.1f, 64, 142u);
-            Color glass = mix(glacier, ice, 0.45f + 0.5f * shade);
+            Color glass = mix(GLACIER, ICE, 0.45f + 0.5f * shade);
             glass = mix(glass, {0.20f, 0.30f, 0.75f}, 0.35f + 0.35f * noise(u * 2.0f + 3.0f, v * 1.4f, 64, 143u));
             if (rose < 0.46f)
             {
                 const float petal = std::fabs(std::sin(4.0f * std::atan2(v - 1.15f, u)));
                 lead = std::min(0.20f * petal, 0.46f - rose);
                 lead = rose < 0.15f ? 0.15f - rose : std::min(lead, rose - 0.15f);
-                glass = mix(ember, {1.0f, 0.75f, 0.35f}, smooth(0.40f, 0.0f, rose));
+                glass = mix(EMBER, {1.0f, 0.75f, 0.35f}, smooth(0.40f, 0.0f, rose));
             }
             const float mullion = rose < 0.5f ? 1.0f : std::fabs(u);
             lead = std::min(lead, std::min(mullion * 1.4f, 1.0f));
             const float pane = smooth(0.02f, 0.07f, lead) * smooth(0.02f, 0.06f, frame);
             const float light = 0.75f + 0.35f * fractal(u * 3.0f + 4.0f, v * 3.0f, 64, 4, 144u);
-            canvas.at(x, y).color = mix(abyss * 0.7f, glass * light, pane);
+            canvas.at(x, y).color = mix(ABYSS * 0.7f, glass * light, pane);
         }
     return canvas;
 }
@@ -424,7 +424,7 @@ Canvas windowGlass()
 Canvas roseWindow()
 {
     const int size = 512;
-    Canvas canvas(size, size, abyss, 1.0f);
+    Canvas canvas(size, size, ABYSS, 1.0f);
     for (int y = 0; y < size; y++)
         for (int x = 0; x < size; x++)
         {
@@ -436,28 +436,28 @@ Canvas roseWindow()
             const float inner = std::fabs(turn * 2.0f - std::floor(turn * 2.0f) - 0.5f) * 2.0f;
 
             float lead = 0.95f - radius;
-            Color glass = depth;
+            Color glass = DEPTH;
             const float tint = 0.5f + 0.5f * noise(u * 5.0f + 8.0f, v * 5.0f + 8.0f, 64, 151u);
             if (radius < 0.20f)
             {
                 lead = std::min(0.20f - radius, 0.35f);
-                glass = mix(ember, {1.0f, 0.85f, 0.55f}, smooth(0.2f, 0.0f, radius));
+                glass = mix(EMBER, {1.0f, 0.85f, 0.55f}, smooth(0.2f, 0.0f, radius));
             }
             else if (radius < 0.62f)
             {
                 lead = std::min({(1.0f - petal) * radius * 0.26f, radius - 0.20f, 0.62f - radius});
-                glass = mix(mix(ember, {0.85f, 0.15f, 0.20f}, tint), ice, smooth(0.28f, 0.58f, radius));
+                glass = mix(mix(EMBER, {0.85f, 0.15f, 0.20f}, tint), ICE, smooth(0.28f, 0.58f, radius));
             }
             else if (radius < 0.95f)
             {
                 const float circle = 0.145f - std::hypot(radius - 0.785f, (petal * 0.5f) * radius * 0.5236f);
                 lead =
                     circle > 0.0f ? circle : std::min({-circle, 0.95f - radius, radius - 0.62f, (1.0f - inner * 0.2f)});
-                glass = circle > 0.0f ? mix(ice, snow, 0.5f * tint) : mix({0.12f, 0.22f, 0.62f}, glacier, tint);
+                glass = circle > 0.0f ? mix(ICE, SNOW, 0.5f * tint) : mix({0.12f, 0.22f, 0.62f}, GLACIER, tint);
             }
             const float pane = smooth(0.008f, 0.024f, lead);
             const float light = 0.85f + 0.3f * fractal(u * 6.0f + 8.0f, v * 6.0f + 8.0f, 64, 4, 152u);
-            canvas.at(x, y).color = radius < 0.95f ? mix(abyss * 0.7f, glass * light, pane) : abyss * 0.6f;
+            canvas.at(x, y).color = radius < 0.95f ? mix(ABYSS * 0.7f, glass * light, pane) : ABYSS * 0.6f;
         }
     return canvas;
 }
@@ -465,13 +465,13 @@ Canvas roseWindow()
 Canvas flameBody()
 {
     const int width = 64, height = 128;
-    Canvas canvas(width, height, ember, 1.0f);
+    Canvas canvas(width, height, EMBER, 1.0f);
     for (int y = 0; y < height; y++)
         for (int x = 0; x < width; x++)
         {
             const float px = float(x) / width * 4.0f, v = float(y) / height;
             const float heat = v + 0.22f * fractal(px, v * 3.0f, 4, 4, 171u);
-            Color color = mix({0.55f, 0.06f, 0.02f}, ember, smooth(0.05f, 0.45f, heat));
+            Color color = mix({0.55f, 0.06f, 0.02f}, EMBER, smooth(0.05f, 0.45f, heat));
             canvas.at(x, y).color = mix(color, {1.0f, 0.92f, 0.70f}, smooth(0.42f, 0.85f, heat));
         }
     return canvas;
@@ -481,16 +481,16 @@ Canvas flameBody()
 Canvas skyDome()
 {
     const int size = 1024, height = 512;
-    Canvas canvas(size, height, abyss, 1.0f);
+    Canvas canvas(size, height, ABYSS, 1.0f);
     for (int y = 0; y < height; y++)
         for (int x = 0; x < size; x++)
         {
             const float px = float(x) / size * 8.0f, v = float(y) / height;
-            Color color = mix(abyss * 0.6f, depth * 0.9f, smooth(0.15f, 0.95f, v));
-            color = color + glacier * (0.55f * smooth(0.72f, 0.98f, v));
+            Color color = mix(ABYSS * 0.6f, DEPTH * 0.9f, smooth(0.15f, 0.95f, v));
+            color = color + GLACIER * (0.55f * smooth(0.72f, 0.98f, v));
             color = color + aurora(px, v, 0.62f, 161u) + aurora(px + 2.7f, v, 0.76f, 261u) * 0.7f;
             const float star = noise(px * 26.0f, v * 104.0f, 208, 163u);
-            color = color + snow * (smooth(0.80f, 0.92f, star) * 0.8f * smooth(0.9f, 0.5f, v));
+            color = color + SNOW * (smooth(0.80f, 0.92f, star) * 0.8f * smooth(0.9f, 0.5f, v));
             canvas.at(x, y).color = color;
         }
     return canvas;
