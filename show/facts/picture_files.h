@@ -19,7 +19,10 @@ const char ENVIRONMENT[] = "env.png";
 // Surfaces of the scenes.
 const char ICE[] = "ice.png";
 const char SNOW[] = "snow.png";
+const char RIDGE[] = "ridge.png";
 const char STONE[] = "stone.png";
+const char AISLE[] = "aisle.png";
+const char CHOIR[] = "choir.png";
 const char FLOOR[] = "floor.png";
 const char WINDOW[] = "window.png";
 const char ROSE[] = "rose.png";

@@ -1,5 +1,7 @@
 #include "canvas.h"
 
+#include "../hash.h"
+
 #include <cairo.h>
 #include <jpeglib.h>
 #include <png.h>
@@ -126,8 +128,10 @@ double setType(Mask& mask, const Type& type, const std::string& text, double cen
     std::vector<std::string> letters;
     for (char c : text)
     {
-        if ((c & 0xC0) == 0x80 && !letters.empty()) letters.back() += c;
-        else letters.emplace_back(1, c);
+        if ((c & 0xC0) == 0x80 && !letters.empty())
+            letters.back() += c;
+        else
+            letters.emplace_back(1, c);
     }
     std::vector<double> advances;
     double width = 0.0;
@@ -163,17 +167,7 @@ namespace
 
 uint32_t hash(int x, int y, uint32_t seed)
 {
-    uint32_t h = uint32_t(x) * 0x9E3779B1u ^ uint32_t(y) * 0x85EBCA77u ^ seed * 0xC2B2AE3Du;
-    h ^= h >> 15;
-    h *= 0x2C1B3C6Du;
-    h ^= h >> 12;
-    h *= 0x297A2D39u;
-    return h ^ (h >> 15);
-}
-
-float unit(uint32_t h)
-{
-    return float(h >> 8) / 16777216.0f;
+    return Show::scramble(uint32_t(x) * 0x9E3779B1u ^ uint32_t(y) * 0x85EBCA77u ^ seed * 0xC2B2AE3Du);
 }
 
 int wrap(int value, int period)
@@ -189,7 +183,7 @@ float noise(float x, float y, int period, uint32_t seed)
     const float fx = std::floor(x), fy = std::floor(y);
     const float u = x - fx, v = y - fy;
     const auto corner = [&](int dx, int dy) {
-        const float angle = 6.2831853f * unit(hash(wrap(int(fx) + dx, period), wrap(int(fy) + dy, period), seed));
+        const float angle = 6.2831853f * Show::unit(hash(wrap(int(fx) + dx, period), wrap(int(fy) + dy, period), seed));
         return std::cos(angle) * (u - float(dx)) + std::sin(angle) * (v - float(dy));
     };
     const auto fade = [](float t) { return t * t * t * (t * (t * 6.0f - 15.0f) + 10.0f); };
@@ -237,15 +231,16 @@ void cells(float x, float y, int period, uint32_t seed, float& nearest, float& s
         for (int dx = -1; dx <= 1; dx++)
         {
             const int px = wrap(cx + dx, period), py = wrap(cy + dy, period);
-            const float ox = float(cx + dx) + unit(hash(px, py, seed)) - x;
-            const float oy = float(cy + dy) + unit(hash(px, py, seed + 77u)) - y;
+            const float ox = float(cx + dx) + Show::unit(hash(px, py, seed)) - x;
+            const float oy = float(cy + dy) + Show::unit(hash(px, py, seed + 77u)) - y;
             const float distance = std::sqrt(ox * ox + oy * oy);
             if (distance < nearest)
             {
                 second = nearest;
                 nearest = distance;
             }
-            else if (distance < second) second = distance;
+            else if (distance < second)
+                second = distance;
         }
 }
 

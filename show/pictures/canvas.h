@@ -20,12 +20,12 @@ struct Color
 Color mix(const Color& from, const Color& to, float share);
 
 // The palette of the whole show: depth, ice, and one warm colour for the heart.
-const Color abyss = {0.012f, 0.030f, 0.052f};
-const Color depth = {0.035f, 0.105f, 0.170f};
-const Color glacier = {0.150f, 0.390f, 0.520f};
-const Color ice = {0.500f, 0.780f, 0.880f};
-const Color snow = {0.910f, 0.970f, 0.995f};
-const Color ember = {1.000f, 0.420f, 0.140f};
+const Color ABYSS = {0.012f, 0.030f, 0.052f};
+const Color DEPTH = {0.035f, 0.105f, 0.170f};
+const Color GLACIER = {0.150f, 0.390f, 0.520f};
+const Color ICE = {0.500f, 0.780f, 0.880f};
+const Color SNOW = {0.910f, 0.970f, 0.995f};
+const Color EMBER = {1.000f, 0.420f, 0.140f};
 
 // Straight (not premultiplied) colour with alpha, rows from the top.
 struct Pixel
@@ -80,9 +80,9 @@ private:
 struct Type
 {
     const char* family;
-    double size;            // in texels
-    double tracking = 0.0;  // added between letters, in texels
-    double stretch = 1.0;   // horizontal
+    double size;           // in texels
+    double tracking = 0.0; // added between letters, in texels
+    double stretch = 1.0;  // horizontal
 };
 
 // Draws `text` into the mask with its middle at `centre` and its baseline at `baseline`; returns its width. Throws

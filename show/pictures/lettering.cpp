@@ -53,76 +53,77 @@ void bar(Mask& mask, int left, int right, int top, int bottom, float value)
         for (int x = left; x < right; x++) mask.at(x, y) = std::max(mask.at(x, y), value);
 }
 
-const int logoWidth = 1536;
-const int logoHeight = 512;
+const int LOGO_WIDTH = 1536;
+const int LOGO_HEIGHT = 512;
 
 // The name, a hairline under it with room for the year, and the heart that hangs where the line breaks.
 void logoShapes(Mask& letters, Mask& line, Mask& heart)
 {
     const double baseline = 292.0;
-    const double width = setType(letters, {"Jura Light", 214.0, 22.0, 1.0}, "sandrift", logoWidth / 2.0, baseline);
-    const int left = int(logoWidth / 2.0 - width / 2.0) + 8, right = int(logoWidth / 2.0 + width / 2.0) - 8;
-    bar(line, left, logoWidth / 2 - 34, 352, 354, 1.0f);
-    bar(line, logoWidth / 2 + 34, right, 352, 354, 1.0f);
-    disc(heart, logoWidth / 2.0f, 353.0f, 7.5f);
+    const double width = setType(letters, {"Jura Light", 214.0, 22.0, 1.0}, "sandrift", LOGO_WIDTH / 2.0, baseline);
+    const int left = int(LOGO_WIDTH / 2.0 - width / 2.0) + 8, right = int(LOGO_WIDTH / 2.0 + width / 2.0) - 8;
+    bar(line, left, LOGO_WIDTH / 2 - 34, 352, 354, 1.0f);
+    bar(line, LOGO_WIDTH / 2 + 34, right, 352, 354, 1.0f);
+    disc(heart, LOGO_WIDTH / 2.0f, 353.0f, 7.5f);
 }
 
 } // namespace
 
 Canvas logo()
 {
-    Canvas canvas(logoWidth, logoHeight, ice, 0.0f);
-    Mask letters(logoWidth, logoHeight), line(logoWidth, logoHeight), heart(logoWidth, logoHeight);
+    Canvas canvas(LOGO_WIDTH, LOGO_HEIGHT, ICE, 0.0f);
+    Mask letters(LOGO_WIDTH, LOGO_HEIGHT), line(LOGO_WIDTH, LOGO_HEIGHT), heart(LOGO_WIDTH, LOGO_HEIGHT);
     logoShapes(letters, line, heart);
 
     Mask halo = letters;
     halo.blur(13, 13);
-    lay(canvas, halo, glacier, 0.85f);
+    lay(canvas, halo, GLACIER, 0.85f);
     Mask small = letters;
     small.blur(3, 3);
-    lay(canvas, small, ice, 0.5f);
-    lay(canvas, letters, snow, 1.0f);
-    lay(canvas, line, ice, 0.8f);
+    lay(canvas, small, ICE, 0.5f);
+    lay(canvas, letters, SNOW, 1.0f);
+    lay(canvas, line, ICE, 0.8f);
 
     Mask warmth = heart;
     warmth.blur(14, 14);
-    lay(canvas, warmth, ember, 2.6f);
-    lay(canvas, heart, mix(ember, snow, 0.35f), 1.0f);
+    lay(canvas, warmth, EMBER, 2.6f);
+    lay(canvas, heart, mix(EMBER, SNOW, 0.35f), 1.0f);
     return canvas;
 }
 
 // What is left of the logo in the ice: long sideways streaks, hollow letters, slices out of place.
 Canvas logoGhost()
 {
-    Canvas canvas(logoWidth, logoHeight, ice, 0.0f);
-    Mask letters(logoWidth, logoHeight), line(logoWidth, logoHeight), heart(logoWidth, logoHeight);
+    Canvas canvas(LOGO_WIDTH, LOGO_HEIGHT, ICE, 0.0f);
+    Mask letters(LOGO_WIDTH, LOGO_HEIGHT), line(LOGO_WIDTH, LOGO_HEIGHT), heart(LOGO_WIDTH, LOGO_HEIGHT);
     logoShapes(letters, line, heart);
 
     // Horizontal slices slip to the sides.
-    Mask slipped(logoWidth, logoHeight);
-    for (int y = 0; y < logoHeight; y++)
+    Mask slipped(LOGO_WIDTH, LOGO_HEIGHT);
+    for (int y = 0; y < LOGO_HEIGHT; y++)
     {
         const float slice = std::floor(float(y) / 17.0f);
-        const int shift = int(95.0f * noise(slice * 0.83f + 0.3f, 0.5f, 4096, 5u) * std::fabs(noise(slice * 0.31f, 3.5f, 4096, 9u)));
-        for (int x = 0; x < logoWidth; x++)
+        const int shift =
+            int(95.0f * noise(slice * 0.83f + 0.3f, 0.5f, 4096, 5u) * std::fabs(noise(slice * 0.31f, 3.5f, 4096, 9u)));
+        for (int x = 0; x < LOGO_WIDTH; x++)
         {
             const int from = x - shift;
-            if (from >= 0 && from < logoWidth && y % 17 != 0) slipped.at(x, y) = letters.at(from, y);
+            if (from >= 0 && from < LOGO_WIDTH && y % 17 != 0) slipped.at(x, y) = letters.at(from, y);
         }
     }
     // Hollow: what the letters lose when their middle is taken out.
     Mask inside = slipped;
     inside.blur(3, 3);
-    Mask hollow(logoWidth, logoHeight);
-    for (int y = 0; y < logoHeight; y++)
-        for (int x = 0; x < logoWidth; x++)
+    Mask hollow(LOGO_WIDTH, LOGO_HEIGHT);
+    for (int y = 0; y < LOGO_HEIGHT; y++)
+        for (int x = 0; x < LOGO_WIDTH; x++)
             hollow.at(x, y) = slipped.at(x, y) * (1.0f - 0.75f * smooth(0.45f, 0.85f, inside.at(x, y)));
     Mask streaks = slipped;
     streaks.blur(64, 1);
-    lay(canvas, streaks, glacier, 1.5f);
-    lay(canvas, hollow, ice, 0.75f);
+    lay(canvas, streaks, GLACIER, 1.5f);
+    lay(canvas, hollow, ICE, 0.75f);
     line.blur(40, 1);
-    lay(canvas, line, glacier, 1.0f);
+    lay(canvas, line, GLACIER, 1.0f);
     return canvas;
 }
 
@@ -149,12 +150,12 @@ Canvas banner()
             ridge.at(x, y) = (upper + lower) * fade;
         }
     }
-    glow(canvas, ridge, glacier, 1.1f);
+    glow(canvas, ridge, GLACIER, 1.1f);
 
     Mask halo = letters;
     halo.blur(18, 18);
-    glow(canvas, halo, glacier, 1.2f);
-    glow(canvas, letters, mix(ice, snow, 0.6f), 1.0f);
+    glow(canvas, halo, GLACIER, 1.2f);
+    glow(canvas, letters, mix(ICE, SNOW, 0.6f), 1.0f);
     return canvas;
 }
 
@@ -205,7 +206,7 @@ Canvas glyphRow()
 Canvas overlay()
 {
     const int width = 1024, height = 1024; // stretched to the window's 4:3
-    Canvas canvas(width, height, abyss, 0.0f);
+    Canvas canvas(width, height, ABYSS, 0.0f);
     for (int y = 0; y < height; y++)
         for (int x = 0; x < width; x++)
         {
@@ -226,7 +227,7 @@ Canvas overlay()
             const float crack = smooth(0.10f, 0.0f, second - nearest);
             const float reach = edge + 0.22f * fractal(px * 2.3f, py * 2.3f, 1024, 3, 44u);
             const float frost = smooth(0.84f, 1.12f, reach) * (0.75f * smooth(0.66f, 0.95f, feathers) + 0.45f * crack);
-            pixel.color = mix(pixel.color, mix(ice, snow, 0.3f), std::min(1.0f, frost * 1.5f));
+            pixel.color = mix(pixel.color, mix(ICE, SNOW, 0.3f), std::min(1.0f, frost * 1.5f));
             pixel.alpha = std::min(1.0f, pixel.alpha * (1.0f - 0.25f * frost) + 0.55f * frost);
         }
 
@@ -236,8 +237,8 @@ Canvas overlay()
     setType(type, {"Jura", 21.0, 7.0, 0.75}, "our glacier heart cold", 762.0, 918.0);
     Mask shade = type;
     shade.blur(5, 6);
-    lay(canvas, shade, abyss, 1.2f);
-    lay(canvas, type, ice, 0.9f);
+    lay(canvas, shade, ABYSS, 1.2f);
+    lay(canvas, type, ICE, 0.9f);
     Mask heart(width, height);
     for (int y = 0; y < height; y++)
         for (int x = 0; x < width; x++)
@@ -245,7 +246,7 @@ Canvas overlay()
             const float distance = std::hypot((float(x) - 266.0f) * 4.0f / 3.0f, float(y) - 912.0f);
             heart.at(x, y) = smooth(5.0f, 3.5f, distance);
         }
-    lay(canvas, heart, ember, 1.0f);
+    lay(canvas, heart, EMBER, 1.0f);
     return canvas;
 }
 

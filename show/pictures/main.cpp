@@ -20,7 +20,7 @@ struct Picture
     bool alpha;
 };
 
-const Picture pictures[] = {
+const Picture PICTURES[] = {
     {PictureFiles::OVERLAY, Paint::overlay, true},
     {PictureFiles::LOGO, Paint::logo, true},
     {PictureFiles::LOGO_GHOST, Paint::logoGhost, true},
@@ -32,7 +32,10 @@ const Picture pictures[] = {
     {PictureFiles::ENVIRONMENT, Paint::environment, false},
     {PictureFiles::ICE, Paint::iceSurface, false},
     {PictureFiles::SNOW, Paint::snowSurface, false},
+    {PictureFiles::RIDGE, Paint::ridgeSurface, false},
     {PictureFiles::STONE, Paint::stoneSurface, false},
+    {PictureFiles::AISLE, Paint::aisleSurface, false},
+    {PictureFiles::CHOIR, Paint::choirSurface, false},
     {PictureFiles::FLOOR, Paint::floorSurface, false},
     {PictureFiles::WINDOW, Paint::windowGlass, false},
     {PictureFiles::ROSE, Paint::roseWindow, false},
@@ -51,12 +54,14 @@ int main(int argc, char** argv)
     }
     try
     {
-        for (const Picture& picture : pictures)
+        for (const Picture& picture : PICTURES)
         {
             const std::string filename = std::string(argv[1]) + "/" + picture.filename;
             const Paint::Canvas canvas = picture.paint();
-            if (filename.compare(filename.size() - 4, 4, ".jpg") == 0) canvas.writeJpeg(filename, 92);
-            else canvas.writePng(filename, picture.alpha);
+            if (filename.compare(filename.size() - 4, 4, ".jpg") == 0)
+                canvas.writeJpeg(filename, 92);
+            else
+                canvas.writePng(filename, picture.alpha);
         }
     }
     catch (const std::exception& error)

@@ -11,10 +11,16 @@ namespace Scenes
 namespace
 {
 
-// The crevasse runs towards negative z, from its mouth at z = 40 to the heart at z = -920.
-const float mouth = 40.0f;
-const float heartPlace = -920.0f;
-const int segments = 24; // of the walls, each a mesh of its own so that what lies behind is not drawn
+// The crevasse runs towards negative z: it begins as a crack at the tip, is as deep and wide as it should be at the
+// mouth, and ends behind the heart.
+const float TIP = 62.0f;
+const float MOUTH = 8.0f;
+const float HEART_PLACE = -920.0f;
+const float END = -980.0f;
+const int SEGMENTS = 24; // of the walls, each a mesh of its own so that what lies behind is not drawn
+const int COLUMNS = 18;  // along one of them
+
+const float SURFACE_METRES = 58.0f; // that one picture of snow covers
 
 float center(float z)
 {
@@ -24,58 +30,130 @@ float center(float z)
 // How far down, 0 at the mouth and 1 at the heart.
 float progress(float z)
 {
-    return std::min(1.0f, std::max(0.0f, (mouth - z) / (mouth - heartPlace)));
+    const float start = 40.0f;
+    return std::min(1.0f, std::max(0.0f, (start - z) / (start - HEART_PLACE)));
 }
 
+// How far the crevasse is open, 0 to 1.
+float opening(float z)
+{
+    return smooth(TIP, MOUTH, z);
+}
+
+// The glacier's surface.
+float surfaceHeight(float x, float z)
+{
+    return 10.0f * fractal(Vector3f(x * 0.012f, 0.0f, z * 0.012f), 2);
+}
+
+// What the camera flies over.
 float floorHeight(float z)
 {
     return -6.0f - 175.0f * std::pow(progress(z), 0.8f);
 }
 
+// The same, but rising to the surface where the crevasse begins.
+float groundHeight(float z)
+{
+    const float open = std::pow(opening(z), 0.35f);
+    return floorHeight(z) * open + (surfaceHeight(center(z), z) - 1.0f) * (1.0f - open);
+}
+
 float halfWidth(float z)
 {
-    const float end = std::max(0.0f, 1.0f - std::fabs(z - heartPlace) / 90.0f); // a hall around the heart
+    const float end = std::max(0.0f, 1.0f - std::fabs(z - HEART_PLACE) / 90.0f); // a hall around the heart
     return 12.0f + 3.5f * std::sin(z * 0.043f) + 24.0f * end * end;
 }
 
-float lipHeight(float x, float z)
+// How much wider the crevasse is at a height than at its ground.
+float flare(float z, float height)
 {
-    return 5.0f * fractal(Vector3f(x * 0.012f, 0.0f, z * 0.012f), 4) * 2.0f;
+    const float bottom = floorHeight(z);
+    const float up = (height - bottom) / std::max(1.0f, -bottom);
+    return 1.0f + 0.55f * up * up * std::min(1.0f, -bottom / 60.0f);
 }
 
 // Where the wall of a side stands at a place and height; side -1 is the left one. Narrow below, wider above, with bands
 // that stand out and folds that run down.
 float wallPlace(float side, float z, float height)
 {
-    const float bottom = floorHeight(z);
-    const float up = (height - bottom) / std::max(1.0f, -bottom);
     const Vector3f place(center(z) * 0.2f + side * 40.0f, height, z);
     const float bands = 0.8f * std::sin(height * 0.32f + 2.0f * fractal(0.02f * place, 3));
     const float folds = 11.0f * fractal(Vector3f(place.x * 0.03f, height * 0.012f, z * 0.055f), 4);
     const float rough = 2.2f * fractal(0.16f * place, 3);
-    const float flare = 1.0f + 0.55f * up * up * std::min(1.0f, -bottom / 60.0f);
-    return center(z) + side * (halfWidth(z) * flare + bands + folds + rough);
+    const float open = opening(z);
+    return center(z) +
+           side * (open * (halfWidth(z) * flare(z, height) + folds) + std::min(1.0f, 3.0f * open) * (bands + rough));
 }
 
-// One side of a stretch of the crevasse, from the floor to the lip.
+// Where a wall meets the surface: wall, snow bank and plain all come together here.
+Vector3f lip(float side, float z)
+{
+    const float top = surfaceHeight(wallPlace(side, z, 0.0f), z);
+    return Vector3f(wallPlace(side, z, top), top, z);
+}
+
+// Where the plain of a side ends, a little outside the lip, under the snow bank.
+float plainEdge(float side, float z)
+{
+    const float open = opening(z) * smooth(END - 40.0f, END, z);
+    return center(z) + side * open * (halfWidth(z) * flare(z, 0.0f) + 10.0f);
+}
+
+// Seen from inside, u runs right: away on the left side, towards the viewer on the right one.
+float alongSide(float side, float from, float to, float u)
+{
+    return side < 0 ? from + (to - from) * u : to + (from - to) * u;
+}
+
+// One side of a stretch of the crevasse, from the ground to the lip.
 Surface wall(const std::string& material, float side, float from, float to)
 {
     Surface surface(material);
-    surface.grid(18, 26, (from - to) / 26.0f, 4.0f, [&](float u, float v) {
-        // Seen from inside, u runs right: away on the left wall, towards the viewer on the right one.
-        const float z = side < 0 ? from + (to - from) * u : to + (from - to) * u;
-        const float height = floorHeight(z) * (1.0f - v);
-        const float x = wallPlace(side, z, height);
-        return Vector3f(x, v > 0.97f ? lipHeight(x, z) : height, z);
+    surface.grid(COLUMNS, 25, (from - to) / 26.0f, 4.0f, [&](float u, float v) {
+        const float z = alongSide(side, from, to, u);
+        const float bottom = groundHeight(z) - 1.0f;
+        const float height = bottom + (lip(side, z).y - bottom) * v;
+        return Vector3f(wallPlace(side, z, height), height, z);
     });
     surface.smoothNormals();
+    return surface;
+}
+
+// Wind-blown snow along the lip: it hangs over a little, swells, and sinks into the plain.
+Surface bank(float side, float from, float to)
+{
+    struct Row
+    {
+        float inward; // metres over the edge
+        float out;    // share of the way to where it ends
+        float rise;   // metres over the surface
+    };
+    static const Row ROWS[] = {{-0.4f, 0.0f, -2.4f}, {0.9f, 0.0f, -0.5f}, {0.8f, 0.02f, 0.5f}, {0.0f, 0.10f, 1.2f},
+                               {0.0f, 0.28f, 1.3f},  {0.0f, 0.55f, 0.4f}, {0.0f, 1.0f, -2.4f}};
+    const int last = int(sizeof(ROWS) / sizeof(ROWS[0])) - 1;
+    Surface surface("snow");
+    surface.grid(COLUMNS, last, 1.0f, 1.0f, [&](float u, float v) {
+        const float z = alongSide(side, from, to, u);
+        const Row& row = ROWS[int(v * float(last) + 0.5f)];
+        const float open = opening(z);
+        const Vector3f edge = lip(side, z);
+        const float swell = 0.7f + fractal(Vector3f(z * 0.07f, side * 9.0f, 3.0f), 2);
+        const float end = std::max(side * edge.x, side * plainEdge(side, z)) + 11.0f; // to the side
+        const float over = std::min(row.inward, row.inward * swell) * open;
+        const float x = edge.x + side * (row.out * (end - side * edge.x) - over);
+        const float rise = row.rise > 0 ? row.rise * swell : row.rise;
+        return Vector3f(x, surfaceHeight(x, z) + rise * open - 0.6f * smooth(0.06f, 0.0f, open), z);
+    });
+    surface.smoothNormals();
+    surface.mapFromAbove(SURFACE_METRES);
     return surface;
 }
 
 // What closes the crevasse behind the heart.
 Surface endWall(const std::string& material)
 {
-    const float z = heartPlace - 56.0f;
+    const float z = HEART_PLACE - 56.0f;
     Surface surface(material);
     surface.grid(24, 26, 4.0f, 4.0f, [&](float u, float v) {
         const float across = u * 2.0f - 1.0f;
@@ -87,46 +165,51 @@ Surface endWall(const std::string& material)
     return surface;
 }
 
-Surface floor(float from, float to)
+Surface ground(float from, float to)
 {
     Surface surface("meltwater");
-    surface.grid(14, 18, 3.0f, (from - to) / 30.0f, [&](float u, float v) {
+    surface.grid(12, COLUMNS, 3.0f, (from - to) / 30.0f, [&](float u, float v) {
         const float z = from + (to - from) * v;
-        const float x = center(z) + (u * 2.0f - 1.0f) * (halfWidth(z) + 12.0f);
-        return Vector3f(x, floorHeight(z) + 1.2f * fractal(Vector3f(x * 0.09f, 0, z * 0.09f), 3), z);
+        const float x = center(z) + (u * 2.0f - 1.0f) * opening(z) * (halfWidth(z) + 12.0f);
+        return Vector3f(x, groundHeight(z) + 1.2f * opening(z) * fractal(Vector3f(x * 0.09f, 0, z * 0.09f), 3), z);
     });
     surface.smoothNormals();
     return surface;
 }
 
-// The glacier on one side of the crevasse, out to the foot of the mountains.
+// The glacier on one side of the crevasse, out to the foot of the mountains. Its rows are closer where the camera
+// flies.
 Surface plain(float side)
 {
+    const float start = 440.0f, near = 320.0f, far = -160.0f, end = -1180.0f; // z
     Surface surface("snow");
-    surface.grid(28, 70, 17.0f, 26.0f, [&](float u, float v) {
-        const float z = 420.0f - 1500.0f * v;
+    surface.grid(26, 84, 1.0f, 1.0f, [&](float u, float v) {
+        const float z = v < 0.05f  ? start + (near - start) * v / 0.05f
+                        : v < 0.7f ? near + (far - near) * (v - 0.05f) / 0.65f
+                                   : far + (end - far) * (v - 0.7f) / 0.3f;
         const float out = side < 0 ? 1.0f - u : u; // 0 at the crevasse, 1 far out; u runs right
-        const float edge = center(std::max(heartPlace, std::min(mouth, z)));
-        const float open = z < mouth + 20.0f ? std::min(1.0f, (mouth + 20.0f - z) / 60.0f) : 0.0f;
-        const float gap = open * (halfWidth(z) * 1.5f + 6.0f);
-        const float x = edge + side * (gap + 620.0f * out * out);
-        return Vector3f(x, lipHeight(x, z) - 2.0f * open * (1.0f - out), z);
+        const float x = plainEdge(side, z) + side * 900.0f * std::pow(out, 2.3f);
+        // The bank covers the edge.
+        const float under = smooth(TIP + 8.0f, TIP - 4.0f, z) * smooth(0.2f, 0.0f, out);
+        return Vector3f(x, surfaceHeight(x, z) - 0.8f * under, z);
     });
     surface.smoothNormals();
+    surface.mapFromAbove(SURFACE_METRES);
     return surface;
 }
 
-// A ring of peaks around everything.
+// A closed ring of ridges around everything.
 Surface mountains()
 {
+    const float foot = 790.0f, depth = 360.0f, middle = -330.0f;
     Surface surface("mountain");
-    surface.grid(160, 10, 40.0f, 3.0f, [&](float u, float v) {
-        const float angle = 2.0f * pi * u;
-        const float radius = 1150.0f - 330.0f * (1.0f - v);
-        const float ridge = 1.0f - std::fabs(fractal(Vector3f(std::cos(angle) * 7.0f, std::sin(angle) * 7.0f, 2.0f), 5) * 1.8f);
-        const float height = 270.0f * ridge * ridge * std::pow(v, 1.3f);
-        const float rough = 26.0f * fractal(Vector3f(std::cos(angle) * 30.0f, v * 5.0f, std::sin(angle) * 30.0f), 4) * v;
-        return Vector3f(std::cos(angle) * radius, height + rough - 12.0f, std::sin(angle) * radius - 330.0f);
+    surface.grid(220, 12, 9.0f, 1.0f, [&](float u, float v) {
+        const float angle = 2.0f * PI * u, radius = foot + depth * v;
+        const float x = std::cos(angle) * radius, z = std::sin(angle) * radius;
+        const float crest = ridges(Vector3f(x * 0.0034f, 4.0f, z * 0.0034f), 5); // about 0.4 to 0.9
+        const float spurs = fractal(Vector3f(std::cos(angle) * 34.0f, v * 2.0f, std::sin(angle) * 34.0f), 3);
+        const float slope = smooth(0.0f, 0.85f, v);
+        return Vector3f(x, -14.0f + slope * (60.0f + 330.0f * (crest - 0.35f) + 40.0f * spurs), z + middle);
     });
     surface.smoothNormals();
     return surface;
@@ -136,7 +219,7 @@ Surface sky()
 {
     Surface surface("sky");
     surface.grid(48, 14, 4.0f, 1.0f, [&](float u, float v) {
-        const float angle = 2.0f * pi * u, height = (v * 1.08f - 0.08f) * pi / 2.0f;
+        const float angle = 2.0f * PI * u, height = (v * 1.08f - 0.08f) * PI / 2.0f;
         return Vector3f(std::cos(angle) * std::cos(height) * 1500.0f, std::sin(height) * 1500.0f,
                         std::sin(angle) * std::cos(height) * 1500.0f);
     });
@@ -144,138 +227,185 @@ Surface sky()
     return surface;
 }
 
-// A six-sided crystal with a slanted tip, one metre across and four high, standing on its root.
+// A six-sided crystal with a slanted tip, one metre across and four high, with a long root to grow from.
 Surface crystal(const std::string& material)
 {
     Surface surface(material);
-    surface.revolve({{0.0f, -0.6f}, {0.42f, -0.2f}, {0.5f, 0.6f}, {0.44f, 2.8f}, {0.0f, 4.0f}}, 6, 1.0f, 2.0f);
-    for (Vector3f& position : surface.mPositions) position.x += 0.10f * position.y;
+    surface.revolve({{0.0f, -2.6f}, {0.3f, -2.5f}, {0.55f, 0.4f}, {0.44f, 2.8f}, {0.0f, 4.0f}}, 6, 1.0f, 2.0f);
+    for (Vector3f& position : surface.mPositions) position.x += 0.10f * std::max(0.0f, position.y);
     surface.facet();
     return surface;
 }
 
-// A span of ice across the crevasse: 2 wide from -1 to 1 in x, thick at its feet.
-Surface bridge()
+// A cone of ice one metre long that hangs from the origin.
+Surface icicle()
 {
     Surface surface("crystal");
-    surface.grid(28, 12, 4.0f, 1.0f, [&](float u, float v) {
-        const float along = u * 2.0f - 1.0f, angle = 2.0f * pi * v;
-        const float thick = 0.10f + 0.22f * along * along;
-        const Vector3f core(along, 0.22f * (1.0f - along * along), 0.0f);
-        const float rough = 1.0f + 0.5f * fractal(Vector3f(along * 6.0f, std::cos(angle), std::sin(angle)), 3);
-        return core + Vector3f(0.0f, -std::cos(angle) * thick * rough, -std::sin(angle) * thick * 1.4f * rough);
+    surface.revolve({{0.0f, -1.0f}, {0.03f, -0.75f}, {0.065f, -0.4f}, {0.11f, -0.1f}, {0.16f, 0.12f}}, 7, 1.0f, 1.0f);
+    surface.smoothNormals();
+    return surface;
+}
+
+// What the ice has left standing across the crevasse: it flows out of one wall and into the other.
+const float BRIDGE_SAG = 5.0f;
+Vector3f bridgeCore(float z, float height, float share)
+{
+    const float left = wallPlace(-1, z, height) - 4.0f, right = wallPlace(1, z, height) + 4.0f;
+    const float along = share * 2.0f - 1.0f;
+    return Vector3f(left + (right - left) * share, height + BRIDGE_SAG * (1.0f - along * along), z + 3.0f * along);
+}
+
+Surface bridge(const std::string& material, float z, float height, float thick)
+{
+    Surface surface(material);
+    surface.grid(26, 12, 2.0f, 1.5f, [&](float u, float v) {
+        const float along = u * 2.0f - 1.0f, angle = 2.0f * PI * v;
+        const float radius = thick * (1.0f + 3.2f * along * along * along * along);
+        const Vector3f around(0.0f, -std::cos(angle), -std::sin(angle));
+        const Vector3f core = bridgeCore(z, height, u);
+        const float rough = 1.0f + 0.55f * fractal(0.22f * core + 1.3f * around, 3);
+        return core + radius * rough * Vector3f(0.0f, around.y, 1.6f * around.z);
     });
     surface.smoothNormals();
     return surface;
 }
 
-// The heart: a ball of facets, drawn out and dented.
-Surface heart()
+// The walls' material at a place: pale above, deep blue below.
+const int ICES = 6;
+std::string iceAt(float z)
 {
-    Surface surface("heart");
-    std::vector<std::pair<float, float>> profile;
-    for (int i = 0; i <= 14; i++)
-    {
-        const float angle = -pi / 2.0f + pi * float(i) / 14.0f;
-        profile.push_back({std::max(0.0f, std::cos(angle)) * 1.0f, std::sin(angle) * 1.25f});
-    }
-    surface.revolve(profile, 18, 3.0f, 3.0f);
-    for (Vector3f& p : surface.mPositions) p = (1.0f + 0.28f * fractal(2.1f * p, 3)) * p;
-    surface.facet();
-    return surface;
-}
-
-float unit()
-{
-    static uint32_t state = 20051u;
-    state ^= state << 13;
-    state ^= state >> 17;
-    state ^= state << 5;
-    return float(state >> 8) / 16777216.0f;
+    return "ice" + std::to_string(std::min(ICES - 1, int((TIP - z) / (TIP - END) * float(ICES))));
 }
 
 void makeMaterials(Builder& b)
 {
     const Vector3f none;
     b.shadeless("sky", Vector3f(1, 1, 1), PictureFiles::SKY);
-    b.material("snow", Vector3f(0.62f, 0.76f, 0.88f), Vector3f(0.30f, 0.45f, 0.60f), Vector3f(0.1f, 0.12f, 0.15f), 20, Vector3f(0.02f, 0.04f, 0.07f), PictureFiles::SNOW);
-    b.material("mountain", Vector3f(0.34f, 0.50f, 0.64f), Vector3f(0.25f, 0.40f, 0.55f), none, 10, Vector3f(0.025f, 0.06f, 0.095f), PictureFiles::SNOW);
-    b.material("meltwater", Vector3f(0.10f, 0.26f, 0.36f), none, Vector3f(0.7f, 0.85f, 0.95f), 90, Vector3f(0.004f, 0.012f, 0.02f), PictureFiles::ICE);
-    b.material("crystal", Vector3f(0.60f, 0.85f, 0.95f), Vector3f(0.2f, 0.4f, 0.5f), Vector3f(0.9f, 0.95f, 1.0f), 110, Vector3f(0.03f, 0.07f, 0.10f), PictureFiles::ICE);
-    b.material("ember", Vector3f(0.9f, 0.40f, 0.16f), none, Vector3f(1.0f, 0.7f, 0.4f), 60, Vector3f(0.30f, 0.055f, 0.012f), PictureFiles::ICE);
-    b.material("heart", Vector3f(0.9f, 0.42f, 0.15f), none, Vector3f(1.0f, 0.8f, 0.5f), 40, Vector3f(0.58f, 0.13f, 0.03f), "");
+    b.material("snow", Vector3f(0.62f, 0.76f, 0.88f), Vector3f(0.30f, 0.45f, 0.60f), Vector3f(0.1f, 0.12f, 0.15f), 20,
+               Vector3f(0.02f, 0.04f, 0.07f), PictureFiles::SNOW);
+    b.material("mountain", Vector3f(0.62f, 0.80f, 0.95f), Vector3f(0.25f, 0.40f, 0.55f), none, 10,
+               Vector3f(0.05f, 0.10f, 0.15f), PictureFiles::RIDGE);
+    b.material("meltwater", Vector3f(0.10f, 0.26f, 0.36f), none, Vector3f(0.7f, 0.85f, 0.95f), 90,
+               Vector3f(0.004f, 0.012f, 0.02f), PictureFiles::ICE);
+    b.material("crystal", Vector3f(0.60f, 0.85f, 0.95f), Vector3f(0.2f, 0.4f, 0.5f), Vector3f(0.9f, 0.95f, 1.0f), 110,
+               Vector3f(0.03f, 0.07f, 0.10f), PictureFiles::ICE);
+    b.material("ember", Vector3f(0.9f, 0.40f, 0.16f), none, Vector3f(1.0f, 0.7f, 0.4f), 60,
+               Vector3f(0.30f, 0.055f, 0.012f), PictureFiles::ICE);
+    b.material("heart", Vector3f(0.50f, 0.13f, 0.06f), none, Vector3f(0.9f, 0.5f, 0.3f), 50,
+               Vector3f(0.22f, 0.028f, 0.010f), "");
+    b.material("vein", Vector3f(0.9f, 0.5f, 0.2f), none, Vector3f(1.0f, 0.8f, 0.5f), 40, Vector3f(0.80f, 0.28f, 0.06f),
+               "");
     // The walls: pale ice above, deep blue below, the haze of depth in what they send out themselves.
-    for (int i = 0; i < 6; i++)
+    for (int i = 0; i < ICES; i++)
     {
-        const float d = float(i) / 5.0f;
-        b.material("ice" + std::to_string(i), mix(Vector3f(0.74f, 0.88f, 0.95f), Vector3f(0.36f, 0.56f, 0.72f), d), mix(Vector3f(0.25f, 0.42f, 0.52f), Vector3f(0.02f, 0.06f, 0.1f), d),
-                   Vector3f(0.45f, 0.55f, 0.6f), 70, mix(Vector3f(0.015f, 0.05f, 0.08f), Vector3f(0.006f, 0.022f, 0.042f), d), PictureFiles::ICE);
+        const float d = float(i) / float(ICES - 1);
+        b.material("ice" + std::to_string(i), mix(Vector3f(0.74f, 0.88f, 0.95f), Vector3f(0.36f, 0.56f, 0.72f), d),
+                   mix(Vector3f(0.25f, 0.42f, 0.52f), Vector3f(0.02f, 0.06f, 0.1f), d), Vector3f(0.45f, 0.55f, 0.6f),
+                   70, mix(Vector3f(0.015f, 0.05f, 0.08f), Vector3f(0.006f, 0.022f, 0.042f), d), PictureFiles::ICE);
     }
 }
 
+// Clusters that grow out of the walls, inwards and up: a large crystal between two small ones.
 void placeCrystals(Builder& b)
 {
     b.mesh("crystal", {crystal("crystal")});
-    for (int i = 0; i < 90; i++)
+    Chance chance(20051u);
+    const int clusters = 30;
+    for (int cluster = 0; cluster < clusters; cluster++)
     {
-        const float z = mouth - 90.0f - unit() * (mouth - 90.0f - heartPlace + 10.0f);
-        const float side = i % 2 ? 1.0f : -1.0f;
+        const float side = cluster % 2 ? 1.0f : -1.0f;
+        const float z = -50.0f - (float(cluster) + chance.next()) / float(clusters) * (-40.0f - HEART_PLACE);
         const float low = floorHeight(z);
-        const float height = low + unit() * unit() * std::min(40.0f, -low * 0.6f);
-        const float size = 1.0f + 2.4f * unit() * unit();
-        y3d::MeshInstance* node = b.instance("crystal" + std::to_string(i), "crystal");
-        setPosition(node, Vector3f(wallPlace(side, z, height) + side * 0.6f, height, z));
-        // They grow out of the walls, inwards and up; every other one is mirrored.
-        const float lean = 20.0f + 45.0f * unit();
-        setTurn(node, Vector3f(0.3f * (unit() - 0.5f), 0.2f * (unit() - 0.5f), 1.0f), side * lean);
-        setScale(node, Vector3f(i % 4 < 2 ? size : -size, size * (0.8f + 0.8f * unit()), size));
-        if (progress(z) > 0.75f && i % 3 == 0) node->mMaterialReferences[0] = "ember";
-    }
-}
-
-// Shards that turn about each other where the way is wide.
-void placeShards(Builder& b)
-{
-    for (int group = 0; group < 5; group++)
-    {
-        const float z = -150.0f - 160.0f * float(group);
-        y3d::Dummy* hub = b.dummy("shards" + std::to_string(group));
-        setPosition(hub, Vector3f(center(z) + (group % 2 ? 5.0f : -5.0f), floorHeight(z) + 21.0f, z));
-        hub->mRotation.mEuler = true;
-        hub->mRotation.mW.mBaseValue = 0.0f;
-        setCurve(hub->mRotation.mY, {{0, 0}, {8, group % 2 ? 2.0f * pi : -2.0f * pi}});
-        hub->mRotation.mY.mInterpolation = y3d::TrackBlenderFloat::INTERPOLATION_LINEAR;
-        hub->mRotation.mY.mExtrapolation = y3d::TrackBlenderFloat::EXTRAPOLATION_CYCLIC_OFFSET;
-        for (int i = 0; i < 6; i++)
+        const float height = low + 1.0f + chance.next() * chance.next() * std::min(34.0f, -low * 0.5f);
+        const float spread = 13.0f + 16.0f * chance.next();
+        for (int i = -1; i <= 1; i++)
         {
-            y3d::MeshInstance* shard = b.instance("shard" + std::to_string(group * 6 + i), "crystal", hub);
-            const float angle = 2.0f * pi * float(i) / 6.0f, radius = 2.5f + 1.5f * unit();
-            setPosition(shard, Vector3f(std::cos(angle) * radius, 2.0f * (unit() - 0.5f), std::sin(angle) * radius));
-            setTurn(shard, Vector3f(unit() - 0.5f, unit() - 0.5f, unit() - 0.5f), 360.0f * unit());
-            const float size = 0.35f + 0.5f * unit();
-            setScale(shard, Vector3f(i % 2 ? -size : size, size, size));
+            const float at = z + 1.6f * (chance.next() - 0.5f), up = height + 1.2f * (chance.next() - 0.5f);
+            const float size = (i ? 0.8f : 1.5f) + 0.9f * chance.next();
+            const std::string name = "crystal" + std::to_string(cluster * 3 + i + 1);
+            y3d::MeshInstance* node = b.instance(name, "crystal");
+            setPosition(node, Vector3f(wallPlace(side, at, up) + side * 0.9f, up, at));
+            const Vector3f axis(0.9f * (chance.next() - 0.5f), 0.2f * (chance.next() - 0.5f), 1.0f);
+            setTurn(node, axis, side * (58.0f + spread * float(i)));
+            // Mirrored along the crevasse, so that they still lean inwards.
+            setScale(node, Vector3f(size, size * (0.9f + 0.6f * chance.next()), cluster % 2 ? size : -size));
+            if (progress(z) > 0.75f && cluster % 2 == 0) node->mMaterialReferences[0] = "ember";
         }
     }
 }
 
-void placeHeart(Builder& b)
+// Bridges from wall to wall, with icicles under them.
+void placeBridges(Builder& b)
 {
-    b.mesh("heart", {heart()});
+    b.mesh("icicle", {icicle()});
+    Chance chance(771u);
+    const int bridges = 7, icicles = 9;
+    for (int i = 0; i < bridges; i++)
+    {
+        const float z = -110.0f - 105.0f * float(i);
+        const float height = floorHeight(z) + 27.0f + 6.0f * chance.next();
+        const float thick = 1.5f + chance.next();
+        const std::string name = "bridge" + std::to_string(i);
+        b.mesh(name, {bridge(iceAt(z), z, height, thick)});
+        b.instance(name, name);
+        for (int k = 0; k < icicles; k++)
+        {
+            const float share = (float(k) + 0.8f * chance.next() + 0.6f) / float(icicles + 1);
+            const Vector3f core = bridgeCore(z, height, share);
+            y3d::MeshInstance* node = b.instance(name + "icicle" + std::to_string(k), "icicle");
+            setPosition(node, core + Vector3f(0, -0.75f * thick, thick * (chance.next() - 0.5f)));
+            const float length = 2.0f + 5.0f * chance.next() * chance.next();
+            setScale(node, Vector3f(2.2f + 0.3f * length, length, 2.2f + 0.3f * length));
+        }
+    }
+}
+
+// The heart, in a nest of crystals, with splinters that circle it.
+void placeHeart(Builder& b, const std::string& models)
+{
+    const Vector3f place(center(HEART_PLACE), floorHeight(HEART_PLACE) + 17.0f, HEART_PLACE);
+    b.mesh("heart", readMesh(models + "/heart.y3d"));
     y3d::MeshInstance* node = b.instance("heart", "heart");
-    setPosition(node, Vector3f(center(heartPlace), floorHeight(heartPlace) + 17.0f, heartPlace));
+    setPosition(node, place);
     // Two strokes every two seconds, as in the music.
-    const std::vector<Stop> beat = {{0.0f, 9.4f}, {0.08f, 10.6f}, {0.22f, 9.3f}, {0.33f, 10.1f}, {0.6f, 9.1f}, {1.4f, 9.0f}, {2.0f, 9.4f}};
+    const std::vector<Stop> beat = {{0.0f, 9.4f}, {0.08f, 10.6f}, {0.22f, 9.3f}, {0.33f, 10.1f},
+                                    {0.6f, 9.1f}, {1.4f, 9.0f},   {2.0f, 9.4f}};
     setCurve(node->mScale.mX, beat, true);
     setCurve(node->mScale.mY, beat, true);
     setCurve(node->mScale.mZ, beat, true);
-    for (int i = 0; i < 14; i++)
+    Chance chance(914u);
+    const int thorns = 16;
+    for (int i = 0; i < thorns; i++)
     {
         y3d::MeshInstance* thorn = b.instance("thorn" + std::to_string(i), "crystal");
-        const float angle = 2.0f * pi * float(i) / 14.0f;
-        setPosition(thorn, Vector3f(center(heartPlace) + std::cos(angle) * 19.0f, floorHeight(heartPlace) - 1.0f, heartPlace + std::sin(angle) * 19.0f));
-        setTurn(thorn, Vector3f(std::sin(angle), 0.0f, -std::cos(angle)), -38.0f);
-        const float size = 3.0f + 2.0f * unit();
-        setScale(thorn, Vector3f(size, size * 1.2f, i % 2 ? size : -size));
+        const float angle = 2.0f * PI * (float(i) + 0.5f * chance.next()) / float(thorns);
+        const Vector3f out(std::cos(angle), 0.0f, std::sin(angle));
+        if (out.z > 0.7f) continue; // in front of the heart
+        setPosition(thorn,
+                    Vector3f(place.x, floorHeight(HEART_PLACE) - 1.0f, place.z) + (17.0f + 4.0f * chance.next()) * out);
+        setTurn(thorn, Vector3f(out.z, 0.0f, -out.x), 10.0f + 40.0f * chance.next());
+        const float size = 1.6f + 2.6f * chance.next();
+        setScale(thorn, Vector3f(size, size * 1.2f, size));
+    }
+    y3d::Dummy* hub = b.dummy("splinters");
+    setPosition(hub, place);
+    hub->mRotation.mEuler = true;
+    hub->mRotation.mW.mBaseValue = 0.0f;
+    setCurve(hub->mRotation.mY, {{0, 0}, {16, 2.0f * PI}});
+    hub->mRotation.mY.mInterpolation = y3d::TrackBlenderFloat::INTERPOLATION_LINEAR;
+    hub->mRotation.mY.mExtrapolation = y3d::TrackBlenderFloat::EXTRAPOLATION_CYCLIC_OFFSET;
+    const int splinters = 18;
+    for (int i = 0; i < splinters; i++)
+    {
+        y3d::MeshInstance* splinter = b.instance("splinter" + std::to_string(i), "crystal", hub);
+        const float angle = 2.0f * PI * (float(i) + chance.next()) / float(splinters);
+        const float radius = 14.0f + 4.0f * chance.next();
+        setPosition(splinter,
+                    Vector3f(std::cos(angle) * radius, 9.0f * (chance.next() - 0.5f), std::sin(angle) * radius));
+        setTurn(splinter, Vector3f(chance.next() - 0.5f, chance.next() - 0.5f, chance.next() - 0.5f),
+                360.0f * chance.next());
+        const float size = 0.12f + 0.28f * chance.next() * chance.next();
+        setScale(splinter, Vector3f(i % 2 ? -size : size, size, size));
     }
 }
 
@@ -297,15 +427,19 @@ void placeLights(Builder& b, const std::vector<View>& flight)
     setCurve(lamp->mPosition.mZ, z);
 
     // The glow of the heart, and what of it comes through the ice on the way. It beats.
-    const float places[] = {heartPlace, -760.0f, -560.0f, -380.0f};
+    const float places[] = {HEART_PLACE, -760.0f, -560.0f, -380.0f};
     for (int i = 0; i < 4; i++)
     {
         const float at = places[i];
         const float strength = 1.25f - 0.27f * float(i);
-        y3d::Light* glow = b.light("glow" + std::to_string(i), Vector3f(center(at) + (i % 2 ? 7.0f : -7.0f) * (i ? 1.0f : 0.0f), floorHeight(at) + (i ? 5.0f : 14.0f), at + (i ? 0.0f : 10.0f)),
+        y3d::Light* glow = b.light("glow" + std::to_string(i),
+                                   Vector3f(center(at) + (i % 2 ? 7.0f : -7.0f) * (i ? 1.0f : 0.0f),
+                                            floorHeight(at) + (i ? 5.0f : 14.0f), at + (i ? 0.0f : 10.0f)),
                                    Vector3f(), i ? 9.0f : 34.0f);
         const auto beat = [&](float full) {
-            return std::vector<Stop>{{0.0f, 0.55f * full}, {0.08f, full}, {0.22f, 0.5f * full}, {0.33f, 0.85f * full}, {0.7f, 0.45f * full}, {1.4f, 0.4f * full}, {2.0f, 0.55f * full}};
+            return std::vector<Stop>{{0.0f, 0.55f * full},  {0.08f, full},        {0.22f, 0.5f * full},
+                                     {0.33f, 0.85f * full}, {0.7f, 0.45f * full}, {1.4f, 0.4f * full},
+                                     {2.0f, 0.55f * full}};
         };
         setCurve(glow->mLightColor.mR, beat(1.0f * strength), true);
         setCurve(glow->mLightColor.mG, beat(0.42f * strength), true);
@@ -334,14 +468,14 @@ std::vector<View> flight()
         views.push_back({time, along(z, above), along(z - 46.0f, above - 3.0f), -0.9f * bend});
         z -= time < 50.0f ? 36.5f : 29.0f;
     }
-    views.push_back({64.0f, along(-856.0f, 19.0f), along(heartPlace, 17.0f), 0.0f});
-    views.push_back({68.0f, along(-862.0f, 20.0f), along(heartPlace, 17.0f), 0.0f});
+    views.push_back({64.0f, along(-870.0f, 17.0f), along(HEART_PLACE, 17.0f), 0.0f});
+    views.push_back({68.0f, along(-880.0f, 18.0f), along(HEART_PLACE, 17.0f), 0.0f});
     return views;
 }
 
 } // namespace
 
-void buildAvgrund(Builder& b)
+void buildAvgrund(Builder& b, const std::string& models)
 {
     makeMaterials(b);
 
@@ -352,31 +486,25 @@ void buildAvgrund(Builder& b)
     b.mesh("plainRight", {plain(1)});
     b.instance("plainRight", "plainRight");
 
-    const float length = (mouth - heartPlace + 60.0f) / segments;
-    for (int i = 0; i < segments; i++)
+    const float length = (TIP - END) / SEGMENTS;
+    for (int i = 0; i < SEGMENTS; i++)
     {
-        const float from = mouth - length * float(i), to = from - length;
-        const std::string ice = "ice" + std::to_string(i * 6 / segments);
+        const float from = TIP - length * float(i), to = from - length;
+        const std::string ice = iceAt(0.5f * (from + to));
         const std::string name = "crevasse" + std::to_string(i);
-        b.mesh(name, {wall(ice, -1, from, to), wall(ice, 1, from, to), floor(from, to)});
+        b.mesh(name, {wall(ice, -1, from, to), wall(ice, 1, from, to), ground(from, to)});
         b.instance(name, name);
+        const std::string banks = "banks" + std::to_string(i);
+        b.mesh(banks, {bank(-1, from, to), bank(1, from, to)});
+        b.instance(banks, banks);
     }
 
     b.mesh("end", {endWall("ice5")});
     b.instance("end", "end");
 
     placeCrystals(b);
-    placeShards(b);
-    b.mesh("bridge", {bridge()});
-    for (int i = 0; i < 7; i++)
-    {
-        const float z = -110.0f - 105.0f * float(i);
-        y3d::MeshInstance* span = b.instance("bridge" + std::to_string(i), "bridge");
-        setPosition(span, Vector3f(center(z), floorHeight(z) + 28.0f + 6.0f * unit(), z));
-        const float size = halfWidth(z) * 1.7f;
-        setScale(span, Vector3f(i % 2 ? size : -size, 9.0f + 8.0f * unit(), 10.0f + 6.0f * unit()));
-    }
-    placeHeart(b);
+    placeBridges(b);
+    placeHeart(b, models);
 
     const std::vector<View> views = flight();
     placeLights(b, views);

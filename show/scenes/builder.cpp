@@ -1,5 +1,8 @@
 #include "builder.h"
 
+#include "../hash.h"
+
+#include "y3d_exception.h"
 #include "ytd_utils.h"
 
 #include <array>
@@ -33,13 +36,8 @@ namespace
 
 float lattice(int x, int y, int z)
 {
-    uint32_t h = uint32_t(x) * 0x8DA6B343u ^ uint32_t(y) * 0xD8163841u ^ uint32_t(z) * 0xCB1AB31Fu;
-    h ^= h >> 15;
-    h *= 0x2C1B3C6Du;
-    h ^= h >> 12;
-    h *= 0x297A2D39u;
-    h ^= h >> 15;
-    return float(h >> 8) / 8388608.0f - 1.0f;
+    const uint32_t h = uint32_t(x) * 0x8DA6B343u ^ uint32_t(y) * 0xD8163841u ^ uint32_t(z) * 0xCB1AB31Fu;
+    return 2.0f * Show::unit(Show::scramble(h)) - 1.0f;
 }
 
 float fade(float t)
@@ -74,6 +72,30 @@ float fractal(Vector3f p, int octaves)
         strength *= 0.5f;
     }
     return sum;
+}
+
+float smooth(float from, float to, float value)
+{
+    return fade(std::min(1.0f, std::max(0.0f, (value - from) / (to - from))));
+}
+
+float ridges(Vector3f p, int octaves)
+{
+    float sum = 0.0f, strength = 0.5f;
+    for (int i = 0; i < octaves; i++)
+    {
+        const float ridge = 1.0f - std::fabs(noise(p));
+        sum += strength * ridge * ridge;
+        p = 2.03f * p + Vector3f(17.3f, 5.1f, 9.7f);
+        strength *= 0.5f;
+    }
+    return sum;
+}
+
+float Chance::next()
+{
+    mState += 0x9E3779B9u;
+    return Show::unit(Show::scramble(mState));
 }
 
 unsigned int Surface::vertex(const Vector3f& position, float s, float t)
@@ -154,12 +176,12 @@ void Surface::revolve(const std::vector<std::pair<float, float>>& profile, int s
 {
     std::vector<float> lengths = {0.0f}; // along the profile
     for (std::size_t i = 1; i < profile.size(); i++)
-        lengths.push_back(lengths.back() +
-                          std::hypot(profile[i].first - profile[i - 1].first, profile[i].second - profile[i - 1].second));
+        lengths.push_back(lengths.back() + std::hypot(profile[i].first - profile[i - 1].first,
+                                                      profile[i].second - profile[i - 1].second));
     const int rows = int(profile.size()) - 1;
     grid(sides, rows, repeatU, repeatV, [&](float u, float v) {
         const std::size_t i = std::size_t(v * float(rows) + 0.5f);
-        const float angle = -2.0f * pi * u; // seen from outside, u runs right
+        const float angle = -2.0f * PI * u; // seen from outside, u runs right
         const float radius = profile[i].first * (radiusAt ? radiusAt(u) : 1.0f);
         return Vector3f(std::cos(angle) * radius, profile[i].second, std::sin(angle) * radius);
     });
@@ -201,8 +223,7 @@ void Surface::facet()
     for (std::size_t i = 0; i < mIndices.size(); i += 3)
     {
         const Vector3f& a = mPositions[mIndices[i]];
-        const Vector3f normal =
-            normalized(cross(mPositions[mIndices[i + 1]] - a, mPositions[mIndices[i + 2]] - a));
+        const Vector3f normal = normalized(cross(mPositions[mIndices[i + 1]] - a, mPositions[mIndices[i + 2]] - a));
         for (std::size_t k = 0; k < 3; k++)
         {
             positions.push_back(mPositions[mIndices[i + k]]);
@@ -214,6 +235,54 @@ void Surface::facet()
     mPositions.swap(positions);
     mNormals.swap(normals);
     mCoordinates.swap(coordinates);
+}
+
+void Surface::flip()
+{
+    for (std::size_t i = 0; i < mIndices.size(); i += 3) std::swap(mIndices[i + 1], mIndices[i + 2]);
+}
+
+void Surface::mapFromAbove(float metres)
+{
+    for (std::size_t i = 0; i < mPositions.size(); i++)
+        mCoordinates[i] = Vector3f(mPositions[i].x / metres, mPositions[i].z / metres, 0);
+}
+
+std::vector<Surface> readMesh(const std::string& filename)
+{
+    const std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(filename.c_str(), "rb"), std::fclose);
+    if (!file) throw std::runtime_error(filename + ": cannot be read");
+    std::vector<unsigned char> bytes;
+    unsigned char block[4096];
+    while (const std::size_t count = std::fread(block, 1, sizeof block, file.get()))
+        bytes.insert(bytes.end(), block, block + count);
+    y3d::Manager manager;
+    try
+    {
+        manager.load(bytes.data(), int(bytes.size()));
+    }
+    catch (const y3d::Exception& error)
+    {
+        throw std::runtime_error(filename + ": " + error.what());
+    }
+    if (manager.mMeshes.empty()) throw std::runtime_error(filename + ": holds no mesh");
+
+    std::vector<Surface> surfaces;
+    for (const y3d::Submesh* part : manager.mMeshes.front()->mSubmeshes)
+    {
+        if (!part->getIndices() || !part->getPositions() || !part->getNormals())
+            throw std::runtime_error(filename + ": a part without vertices, normals or triangles");
+        Surface surface(part->getMaterialName());
+        surface.mPositions.assign(part->getPositions()->begin(), part->getPositions()->end());
+        surface.mNormals.assign(part->getNormals()->begin(), part->getNormals()->end());
+        if (part->getNumUVWs())
+            surface.mCoordinates.assign(part->getUVW(0)->begin(), part->getUVW(0)->end());
+        else
+            surface.mCoordinates.resize(surface.mPositions.size());
+        surface.mIndices.assign(part->getIndices()->begin(), part->getIndices()->end());
+        surfaces.push_back(surface);
+    }
+    return surfaces;
 }
 
 Builder::Builder() : mScene(new y3d::Scene)
@@ -252,8 +321,8 @@ void addImage(y3d::Manager& manager, y3d::Material* material, const std::string&
 
 } // namespace
 
-void Builder::material(const std::string& name, const Vector3f& diffuse, const Vector3f& ambient, const Vector3f& specular,
-                       float hardness, const Vector3f& emissive, const std::string& image)
+void Builder::material(const std::string& name, const Vector3f& diffuse, const Vector3f& ambient,
+                       const Vector3f& specular, float hardness, const Vector3f& emissive, const std::string& image)
 {
     auto* material = new y3d::Material;
     material->mName = name;
@@ -299,8 +368,7 @@ void Builder::mesh(const std::string& name, const std::vector<Surface>& surfaces
     mManager.mMeshes.push_back(mesh);
 }
 
-template <typename Node>
-Node* Builder::add(const std::string& name, y3d::SceneNode* parent)
+template <typename Node> Node* Builder::add(const std::string& name, y3d::SceneNode* parent)
 {
     auto* node = new Node;
     node->mName = name;
@@ -338,7 +406,7 @@ y3d::Light* Builder::light(const std::string& name, const Vector3f& position, co
 y3d::Camera* Builder::camera(const std::string& name, float fovDegrees)
 {
     auto* node = add<y3d::Camera>(name, nullptr);
-    node->mFov.mCurve.mBaseValue = fovDegrees * pi / 180.0f;
+    node->mFov.mCurve.mBaseValue = fovDegrees * PI / 180.0f;
     return node;
 }
 
@@ -370,7 +438,7 @@ void setScale(y3d::SceneNode* node, const Vector3f& scale)
 void setTurn(y3d::SceneNode* node, const Vector3f& axis, float degrees)
 {
     const Vector3f a = normalized(axis);
-    const float half = degrees * pi / 360.0f;
+    const float half = degrees * PI / 360.0f;
     node->mRotation.setBaseValue(
         MathBase::Quatf(std::cos(half), a.x * std::sin(half), a.y * std::sin(half), a.z * std::sin(half)));
 }
@@ -411,7 +479,7 @@ MathBase::Quatf lookAt(const View& view)
     const Vector3f back = normalized(view.eye - view.target);
     const Vector3f flatRight = normalized(cross(Vector3f(0, 1, 0), back));
     const Vector3f flatUp = cross(back, flatRight);
-    const float c = std::cos(view.roll * pi / 180.0f), s = std::sin(view.roll * pi / 180.0f);
+    const float c = std::cos(view.roll * PI / 180.0f), s = std::sin(view.roll * PI / 180.0f);
     const Vector3f right = c * flatRight + s * flatUp;
     const Vector3f up = c * flatUp - s * flatRight;
     // Columns of the rotation times a quarter turn about x: x stays, y becomes z (back), z becomes -y.
@@ -447,30 +515,48 @@ MathBase::Quatf lookAt(const View& view)
 
 void setFlight(y3d::Camera* camera, const std::vector<View>& views)
 {
-    std::vector<Stop> x, y, z, rw, rx, ry, rz;
-    MathBase::Quatf before(1, 0, 0, 0);
-    for (const View& view : views)
+    setShots(camera, {views});
+}
+
+void setShots(y3d::Camera* camera, const std::vector<std::vector<View>>& shots)
+{
+    const float gap = 0.001f; // seconds between the last key of a shot and the first of the next
+    y3d::TrackBlenderFloat* const curves[] = {&camera->mPosition.mX, &camera->mPosition.mY, &camera->mPosition.mZ,
+                                              &camera->mRotation.mW, &camera->mRotation.mX, &camera->mRotation.mY,
+                                              &camera->mRotation.mZ};
+    const std::size_t count = sizeof(curves) / sizeof(curves[0]);
+    std::vector<y3d::TrackBlenderFloat::Key> keys[count];
+    for (std::size_t shot = 0; shot < shots.size(); shot++)
     {
-        x.push_back({view.time, view.eye.x});
-        y.push_back({view.time, view.eye.y});
-        z.push_back({view.time, view.eye.z});
-        MathBase::Quatf q = lookAt(view);
-        // A quaternion and its negative are one rotation; the nearer one keeps the curves smooth.
-        if (!rw.empty() && q.w * before.w + q.x * before.x + q.y * before.y + q.z * before.z < 0.0f)
-            q = MathBase::Quatf(-q.w, -q.x, -q.y, -q.z);
-        before = q;
-        rw.push_back({view.time, q.w});
-        rx.push_back({view.time, q.x});
-        ry.push_back({view.time, q.y});
-        rz.push_back({view.time, q.z});
+        std::vector<Stop> stops[count];
+        MathBase::Quatf before(1, 0, 0, 0);
+        for (const View& view : shots[shot])
+        {
+            MathBase::Quatf q = lookAt(view);
+            // A quaternion and its negative are one rotation; the nearer one keeps the curves smooth.
+            if (!stops[0].empty() && q.w * before.w + q.x * before.x + q.y * before.y + q.z * before.z < 0.0f)
+                q = MathBase::Quatf(-q.w, -q.x, -q.y, -q.z);
+            before = q;
+            const float time = view.time + (shot > 0 && stops[0].empty() ? gap : 0.0f);
+            const float values[count] = {view.eye.x, view.eye.y, view.eye.z, q.w, q.x, q.y, q.z};
+            for (std::size_t i = 0; i < count; i++) stops[i].push_back({time, values[i]});
+        }
+        for (std::size_t i = 0; i < count; i++)
+        {
+            setCurve(*curves[i], stops[i]);
+            keys[i].insert(keys[i].end(), curves[i]->mKeys.begin(), curves[i]->mKeys.end());
+        }
     }
-    setCurve(camera->mPosition.mX, x);
-    setCurve(camera->mPosition.mY, y);
-    setCurve(camera->mPosition.mZ, z);
-    setCurve(camera->mRotation.mW, rw);
-    setCurve(camera->mRotation.mX, rx);
-    setCurve(camera->mRotation.mY, ry);
-    setCurve(camera->mRotation.mZ, rz);
+    for (std::size_t i = 0; i < count; i++) curves[i]->mKeys.swap(keys[i]);
+    for (std::size_t i = 0; i < count; i++)
+        for (std::size_t k = 1; k < curves[i]->mKeys.size(); k++)
+        {
+            // A cut is no curve: handles that stay within it.
+            y3d::TrackBlenderFloat::Key &last = curves[i]->mKeys[k - 1], &first = curves[i]->mKeys[k];
+            if (first.mPoint.x - last.mPoint.x > 2.0f * gap) continue;
+            last.mHandleOut = {last.mPoint.x + gap / 3.0f, last.mPoint.y};
+            first.mHandleIn = {first.mPoint.x - gap / 3.0f, first.mPoint.y};
+        }
 }
 
 } // namespace Scenes

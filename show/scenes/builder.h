@@ -17,6 +17,7 @@
 
 #include "mb_vector3f.h"
 
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <string>
@@ -27,7 +28,7 @@ namespace Scenes
 
 using MathBase::Vector3f;
 
-const float pi = 3.14159265f;
+const float PI = 3.14159265f;
 
 Vector3f cross(const Vector3f& a, const Vector3f& b);
 Vector3f normalized(const Vector3f& v); // (0, 1, 0) for what has no direction
@@ -36,6 +37,22 @@ Vector3f mix(const Vector3f& a, const Vector3f& b, float share);
 // Smooth noise from -1 to 1 over unit cells, and the sum of some octaves of it. The same in every run.
 float noise(const Vector3f& p);
 float fractal(Vector3f p, int octaves);
+// The same, folded at 0 so that it forms sharp crests: 0 to 1, 1 on the crest.
+float ridges(Vector3f p, int octaves);
+// 0 below `from`, 1 above `to`, an S between; from may exceed to.
+float smooth(float from, float to, float value);
+
+// A row of numbers from 0 up to 1 that looks thrown; the same for a seed in every run.
+class Chance
+{
+public:
+    explicit Chance(uint32_t seed) : mState(seed) {}
+
+    float next();
+
+private:
+    uint32_t mState;
+};
 
 // One submesh in the making: vertices with texture coordinates, triangles, and in the end normals.
 class Surface
@@ -65,11 +82,19 @@ public:
     void smoothNormals();
     // Every triangle flat: vertices are no longer shared.
     void facet();
+    // Turns all triangles over; before the normals are made.
+    void flip();
+    // Lays the texture on as seen from above, once every `metres`.
+    void mapFromAbove(float metres);
 
     std::string mMaterial;
     std::vector<Vector3f> mPositions, mNormals, mCoordinates;
     std::vector<unsigned int> mIndices;
 };
+
+// The parts of the first mesh in a Y3D file, each with the name of its material. Throws std::runtime_error that names
+// the file.
+std::vector<Surface> readMesh(const std::string& filename);
 
 // A file in the making.
 class Builder
@@ -99,8 +124,7 @@ public:
     y3d::Scene* mScene;
 
 private:
-    template <typename Node>
-    Node* add(const std::string& name, y3d::SceneNode* parent);
+    template <typename Node> Node* add(const std::string& name, y3d::SceneNode* parent);
 };
 
 // Fixed values of the tracks.
@@ -126,5 +150,7 @@ struct View
     float roll = 0.0f;
 };
 void setFlight(y3d::Camera* camera, const std::vector<View>& views);
+// The same for several ways with cuts between them: each begins where, in time, the one before ends.
+void setShots(y3d::Camera* camera, const std::vector<std::vector<View>>& shots);
 
 } // namespace Scenes
