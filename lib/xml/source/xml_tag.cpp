@@ -3,6 +3,7 @@
 #include "xml_attributes.h"
 #include "xml_bufferreader.h"
 #include "xml_exception.h"
+#include "xml_number.h"
 #include "xml_tagtext.h"
 
 #include <cstdio>
@@ -77,9 +78,8 @@ void XmlTag::setValue(const std::string& name, int value)
 
 void XmlTag::setValue(const std::string& name, double value)
 {
-    char text[64];
-    std::snprintf(text, sizeof(text), "%.25g", value);
-    setValue(name, std::string(text));
+    NumberText text;
+    setValue(name, std::string(formatNumber(value, text)));
 }
 
 void XmlTag::setClosed(bool closed)
