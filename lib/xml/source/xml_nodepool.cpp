@@ -28,7 +28,7 @@ namespace
 {
 
 // In bytes; a block lies at a multiple of its size, so that a node's address tells its block.
-const std::size_t cBlockSize = 1 << 15;
+const std::size_t BLOCK_SIZE = 1 << 15;
 
 // At the head of a block, in the place of the first node.
 struct Block
@@ -37,8 +37,8 @@ struct Block
     std::size_t used; // bytes from the start of the block
 };
 
-const std::size_t cFirst = sizeof(XmlNode);
-static_assert(sizeof(Block) <= cFirst && cFirst % alignof(std::max_align_t) == 0, "nodes keep their alignment");
+const std::size_t FIRST_NODE = sizeof(XmlNode);
+static_assert(sizeof(Block) <= FIRST_NODE && FIRST_NODE % alignof(std::max_align_t) == 0, "nodes keep their alignment");
 
 Block* current = nullptr; // where the next node comes from; full ones are known by their nodes only
 
@@ -46,11 +46,11 @@ Block* current = nullptr; // where the next node comes from; full ones are known
 
 void* NodePool::take()
 {
-    if (!current || current->used + sizeof(XmlNode) > cBlockSize)
+    if (!current || current->used + sizeof(XmlNode) > BLOCK_SIZE)
     {
-        void* memory = std::aligned_alloc(cBlockSize, cBlockSize);
+        void* memory = std::aligned_alloc(BLOCK_SIZE, BLOCK_SIZE);
         if (!memory) throw std::bad_alloc();
-        current = new (memory) Block{0, cFirst};
+        current = new (memory) Block{0, FIRST_NODE};
     }
     void* const node = reinterpret_cast<char*>(current) + current->used;
     current->used += sizeof(XmlNode);
@@ -62,10 +62,10 @@ void NodePool::give(void* node)
 {
     if (!node) return;
     const std::uintptr_t address = reinterpret_cast<std::uintptr_t>(node);
-    Block* const block = reinterpret_cast<Block*>(address - address % cBlockSize);
+    Block* const block = reinterpret_cast<Block*>(address - address % BLOCK_SIZE);
     if (--block->live > 0) return;
     if (block == current)
-        block->used = cFirst;
+        block->used = FIRST_NODE;
     else
         std::free(block);
 }
