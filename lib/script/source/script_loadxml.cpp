@@ -1,9 +1,11 @@
 #include "script_loadxml.h"
 
+#include <charconv>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <system_error>
 #include <vector>
 
 namespace Script
@@ -12,9 +14,15 @@ namespace Script
 namespace
 {
 
+// As atof reads it, rounded to a float. A text that is a plain decimal number from its first byte to its last goes a
+// faster way to the same double.
 float readFloat(const std::string& text)
 {
-    return static_cast<float>(std::atof(text.c_str()));
+    double value;
+    const char* const end = text.data() + text.size();
+    const std::from_chars_result result = std::from_chars(text.data(), end, value);
+    if (result.ec != std::errc() || result.ptr != end) value = std::atof(text.c_str());
+    return static_cast<float>(value);
 }
 
 float readScale(const std::string& text)

@@ -1,5 +1,6 @@
 #include "script_savexml.h"
 
+#include <cstddef>
 #include <cstdio>
 #include <vector>
 
@@ -9,12 +10,14 @@ namespace Script
 namespace
 {
 
-Xml::XmlTag makeTag(const char* name)
+// A new child at `it`, closed and without attributes, but with room for `attributes`. The iterator comes back over the
+// child's own children; its root is the tag to fill, in its place in the document.
+Xml::Iterator addTag(Xml::Iterator& it, const char* name, std::size_t attributes)
 {
-    Xml::XmlTag tag;
-    tag.setName(name);
-    tag.setClosed(true);
-    return tag;
+    Xml::Iterator under = it.addChild(Xml::XmlTag());
+    under.getRoot().setName(name);
+    under.getRoot().mArguments.reserve(attributes);
+    return under;
 }
 
 } // namespace
@@ -71,13 +74,13 @@ void SaveXML::saveEffect(Xml::Iterator& it, Effect* effect)
 // The entry's own tag with its triggers and splines; the iterator stands where its child entries go.
 Xml::Iterator SaveXML::saveEntry(Xml::Iterator& it, const Effect& effect)
 {
-    Xml::XmlTag tag = makeTag("effect");
+    Xml::Iterator under = addTag(it, "effect", effect.mEnabled ? 3 : 4);
+    Xml::XmlTag& tag = under.getRoot();
     tag.setValue("name", effect.mName);
     if (!effect.mEnabled) tag.setValue("state", "off");
     tag.setValue("start", effect.mStart);
     tag.setValue("end", effect.mEnd);
 
-    Xml::Iterator under = it.addChild(tag);
     for (Trigger* trigger : effect.mTriggers) saveTrigger(under, trigger);
     for (Spline* spline : effect.mSplines) saveSpline(under, spline);
     return under;
@@ -85,21 +88,22 @@ Xml::Iterator SaveXML::saveEntry(Xml::Iterator& it, const Effect& effect)
 
 void SaveXML::saveTrigger(Xml::Iterator& it, Trigger* trigger)
 {
-    Xml::XmlTag tag = makeTag("trigger");
+    const bool repeats = trigger->mRepeat > 1;
+    Xml::XmlTag& tag = addTag(it, "trigger", repeats ? 5 : 3).getRoot();
     tag.setValue("start", trigger->mStart);
     tag.setValue("name", trigger->mName);
     tag.setValue("value", trigger->mValue);
-    if (trigger->mRepeat > 1)
+    if (repeats)
     {
         tag.setValue("repeat", trigger->mRepeat);
         tag.setValue("delay", trigger->mDelay);
     }
-    it.addChild(tag);
 }
 
 void SaveXML::saveSpline(Xml::Iterator& it, Spline* spline)
 {
-    Xml::XmlTag tag = makeTag("spline");
+    Xml::Iterator under = addTag(it, "spline", 6);
+    Xml::XmlTag& tag = under.getRoot();
     tag.setValue("name", spline->mName);
     tag.setValue("type", spline->mType);
     tag.setValue("timescale", spline->mTimeScale);
@@ -107,13 +111,11 @@ void SaveXML::saveSpline(Xml::Iterator& it, Spline* spline)
     tag.setValue("valuescale", spline->mValueScale);
     tag.setValue("valueoffset", spline->mValueOffset);
 
-    Xml::Iterator under = it.addChild(tag);
     for (const Spline::Key* key : spline->mKeys)
     {
-        Xml::XmlTag keyTag = makeTag("key");
+        Xml::XmlTag& keyTag = addTag(under, "key", 2).getRoot();
         keyTag.setValue("time", key->time);
         keyTag.setValue("value", key->value);
-        under.addChild(keyTag);
     }
 }
 
