@@ -25,6 +25,12 @@ float readFloat(const std::string& text)
     return static_cast<float>(value);
 }
 
+// The names in the file, made once: a look-up takes a string.
+const std::string TRIGGER = "trigger", SPLINE = "spline", EFFECT = "effect", KEY = "key", NAME = "name",
+                  STATE = "state", START = "start", END = "end", VALUE = "value", REPEAT = "repeat", DELAY = "delay",
+                  TYPE = "type", TIME = "time", TIME_SCALE = "timescale", VALUE_SCALE = "valuescale",
+                  TIME_OFFSET = "timeoffset", VALUE_OFFSET = "valueoffset";
+
 float readScale(const std::string& text)
 {
     return text.empty() ? 1.0f : readFloat(text);
@@ -62,7 +68,7 @@ bool LoadXML::loadMem(const char* data, long size, ScriptEngine& engine)
     document.parse(data, static_cast<int>(size));
     if (document.mName != "script") return false;
 
-    Xml::IteratorConst it = document.createIterator("effect");
+    Xml::IteratorConst it = document.createIterator(EFFECT);
     while (++it)
     {
         auto effect = std::make_unique<Effect>();
@@ -85,7 +91,7 @@ bool LoadXML::loadEffect(Xml::IteratorConst& it, Effect* effect)
     };
     if (!loadEntry(it, effect)) return false;
     std::vector<Level> levels;
-    levels.push_back({it.createIterator("effect"), effect, nullptr});
+    levels.push_back({it.createIterator(EFFECT), effect, nullptr});
     for (;;)
     {
         Level& level = levels.back();
@@ -94,7 +100,7 @@ bool LoadXML::loadEffect(Xml::IteratorConst& it, Effect* effect)
             auto child = std::make_unique<Effect>();
             if (!loadEntry(level.children, child.get())) return false;
             Effect* const entry = child.get();
-            Xml::IteratorConst grandchildren = level.children.createIterator("effect");
+            Xml::IteratorConst grandchildren = level.children.createIterator(EFFECT);
             levels.push_back({std::move(grandchildren), entry, std::move(child)});
             continue;
         }
@@ -109,38 +115,41 @@ bool LoadXML::loadEffect(Xml::IteratorConst& it, Effect* effect)
 // The entry itself with its triggers and splines, without its child entries.
 bool LoadXML::loadEntry(const Xml::IteratorConst& it, Effect* effect)
 {
-    effect->mName = it->getValue("name");
-    effect->mEnabled = it->getValue("state") != "off";
-    effect->mStart = readFloat(it->getValue("start"));
-    effect->mEnd = readFloat(it->getValue("end"));
+    effect->mName = it->getValue(NAME);
+    effect->mEnabled = it->getValue(STATE) != "off";
+    effect->mStart = readFloat(it->getValue(START));
+    effect->mEnd = readFloat(it->getValue(END));
 
-    Xml::IteratorConst triggers = it.createIterator("trigger");
-    while (++triggers)
+    Xml::IteratorConst under = it.createIterator("");
+    while (++under)
     {
-        auto trigger = std::make_unique<Trigger>();
-        if (!loadTrigger(triggers, trigger.get())) return false;
-        effect->mTriggers.push_back(trigger.get());
-        trigger.release();
-    }
-    Xml::IteratorConst splines = it.createIterator("spline");
-    while (++splines)
-    {
-        auto spline = std::make_unique<Spline>();
-        if (!loadSpline(splines, spline.get())) return false;
-        effect->mSplines.push_back(spline.get());
-        spline.release();
+        const std::string& kind = under->mName;
+        if (kind == TRIGGER)
+        {
+            auto trigger = std::make_unique<Trigger>();
+            if (!loadTrigger(under, trigger.get())) return false;
+            effect->mTriggers.push_back(trigger.get());
+            trigger.release();
+        }
+        else if (kind == SPLINE)
+        {
+            auto spline = std::make_unique<Spline>();
+            if (!loadSpline(under, spline.get())) return false;
+            effect->mSplines.push_back(spline.get());
+            spline.release();
+        }
     }
     return true;
 }
 
 bool LoadXML::loadTrigger(Xml::IteratorConst& it, Trigger* trigger)
 {
-    trigger->mName = it->getValue("name");
-    trigger->mValue = it->getValue("value");
-    trigger->mStart = readFloat(it->getValue("start"));
+    trigger->mName = it->getValue(NAME);
+    trigger->mValue = it->getValue(VALUE);
+    trigger->mStart = readFloat(it->getValue(START));
 
-    const std::string& repeat = it->getValue("repeat");
-    const std::string& delay = it->getValue("delay");
+    const std::string& repeat = it->getValue(REPEAT);
+    const std::string& delay = it->getValue(DELAY);
     if (repeat.empty())
     {
         trigger->mRepeat = 1;
@@ -156,19 +165,19 @@ bool LoadXML::loadTrigger(Xml::IteratorConst& it, Trigger* trigger)
 
 bool LoadXML::loadSpline(Xml::IteratorConst& it, Spline* spline)
 {
-    spline->mName = it->getValue("name");
-    spline->mType = it->getValue("type");
-    spline->mTimeScale = readScale(it->getValue("timescale"));
-    spline->mValueScale = readScale(it->getValue("valuescale"));
-    spline->mTimeOffset = readFloat(it->getValue("timeoffset"));
-    spline->mValueOffset = readFloat(it->getValue("valueoffset"));
+    spline->mName = it->getValue(NAME);
+    spline->mType = it->getValue(TYPE);
+    spline->mTimeScale = readScale(it->getValue(TIME_SCALE));
+    spline->mValueScale = readScale(it->getValue(VALUE_SCALE));
+    spline->mTimeOffset = readFloat(it->getValue(TIME_OFFSET));
+    spline->mValueOffset = readFloat(it->getValue(VALUE_OFFSET));
 
-    Xml::IteratorConst keys = it.createIterator("key");
+    Xml::IteratorConst keys = it.createIterator(KEY);
     while (++keys)
     {
         auto key = std::make_unique<Spline::Key>();
-        key->time = readFloat(keys->getValue("time"));
-        key->value = readFloat(keys->getValue("value"));
+        key->time = readFloat(keys->getValue(TIME));
+        key->value = readFloat(keys->getValue(VALUE));
         spline->mKeys.push_back(key.get());
         key.release();
     }
