@@ -144,40 +144,41 @@ bool LoadXML::loadEntry(const Xml::IteratorConst& it, Effect* effect)
 
 bool LoadXML::loadTrigger(Xml::IteratorConst& it, Trigger* trigger)
 {
-    trigger->mName = it->getValue(NAME);
-    trigger->mValue = it->getValue(VALUE);
-    trigger->mStart = readFloat(it->getValue(START));
+    const Xml::XmlTag& tag = *it.operator->();
+    trigger->mName = tag.getValue(NAME);
+    trigger->mValue = tag.getValue(VALUE);
+    trigger->mStart = readFloat(tag.getValue(START));
 
-    const std::string& repeat = it->getValue(REPEAT);
-    const std::string& delay = it->getValue(DELAY);
+    const std::string& repeat = tag.getValue(REPEAT);
     if (repeat.empty())
     {
         trigger->mRepeat = 1;
         trigger->mDelay = 0.0f;
+        return true;
     }
-    else
-    {
-        trigger->mRepeat = std::atoi(repeat.c_str());
-        trigger->mDelay = delay.empty() ? readFloat("0.1") : readFloat(delay);
-    }
+    const std::string& delay = tag.getValue(DELAY);
+    trigger->mRepeat = std::atoi(repeat.c_str());
+    trigger->mDelay = delay.empty() ? readFloat("0.1") : readFloat(delay);
     return true;
 }
 
 bool LoadXML::loadSpline(Xml::IteratorConst& it, Spline* spline)
 {
-    spline->mName = it->getValue(NAME);
-    spline->mType = it->getValue(TYPE);
-    spline->mTimeScale = readScale(it->getValue(TIME_SCALE));
-    spline->mValueScale = readScale(it->getValue(VALUE_SCALE));
-    spline->mTimeOffset = readFloat(it->getValue(TIME_OFFSET));
-    spline->mValueOffset = readFloat(it->getValue(VALUE_OFFSET));
+    const Xml::XmlTag& tag = *it.operator->();
+    spline->mName = tag.getValue(NAME);
+    spline->mType = tag.getValue(TYPE);
+    spline->mTimeScale = readScale(tag.getValue(TIME_SCALE));
+    spline->mValueScale = readScale(tag.getValue(VALUE_SCALE));
+    spline->mTimeOffset = readFloat(tag.getValue(TIME_OFFSET));
+    spline->mValueOffset = readFloat(tag.getValue(VALUE_OFFSET));
 
     Xml::IteratorConst keys = it.createIterator(KEY);
     while (++keys)
     {
+        const Xml::XmlTag& keyTag = *keys.operator->();
         auto key = std::make_unique<Spline::Key>();
-        key->time = readFloat(keys->getValue(TIME));
-        key->value = readFloat(keys->getValue(VALUE));
+        key->time = readFloat(keyTag.getValue(TIME));
+        key->value = readFloat(keyTag.getValue(VALUE));
         spline->mKeys.push_back(key.get());
         key.release();
     }
