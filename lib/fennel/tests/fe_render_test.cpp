@@ -56,10 +56,14 @@ TEST(SubmeshBuffers, takeTheNarrowestIndexAndNoneWhereTrianglesShareTooLittle)
         unsigned vertices, indices;
         GLenum type; // 0 without an index buffer
         unsigned width;
-    } cases[] = {{255, 600, GL_UNSIGNED_BYTE, 1},        {256, 600, GL_UNSIGNED_SHORT, 2},
-                 {65535, 90000, GL_UNSIGNED_SHORT, 2},   {65536, 90000, GL_UNSIGNED_INT, 4},
-                 {100, 108, GL_UNSIGNED_BYTE, 1},        {101, 108, 0, 0},
-                 {6, 6, 0, 0},                           {9, 3, 0, 0}};
+    } cases[] = {{255, 600, GL_UNSIGNED_BYTE, 1},
+                 {256, 600, GL_UNSIGNED_SHORT, 2},
+                 {65535, 90000, GL_UNSIGNED_SHORT, 2},
+                 {65536, 90000, GL_UNSIGNED_INT, 4},
+                 {100, 108, GL_UNSIGNED_BYTE, 1},
+                 {101, 108, 0, 0},
+                 {6, 6, 0, 0},
+                 {9, 3, 0, 0}};
     for (const auto& one : cases)
     {
         const Made made(one.vertices, one.indices);
@@ -90,11 +94,11 @@ TEST(SubmeshBuffers, areBoundOnlyWhereTheyDifferFromThePreviousOnes)
                      call("glInterleavedArrays", GL_T2F_N3F_V3F, 0),
                      call("glBindBufferARB", GL_ELEMENT_ARRAY_BUFFER_ARB, quad.submesh.mIndexBuffer->ID), drawQuad}));
     EXPECT_EQ(callsOf(quad.submesh, &quad.submesh), Calls{drawQuad});
-    EXPECT_EQ(callsOf(triangle.submesh, &quad.submesh),
-              (Calls{call("glBindBufferARB", GL_ARRAY_BUFFER_ARB, triangle.submesh.mVertexBuffer->ID),
-                     call("glInterleavedArrays", GL_T2F_N3F_V3F, 0),
-                     call("glBindBufferARB", GL_ELEMENT_ARRAY_BUFFER_ARB, 0),
-                     call("glDrawArrays", GL_TRIANGLES, 0, 3)}));
+    EXPECT_EQ(
+        callsOf(triangle.submesh, &quad.submesh),
+        (Calls{call("glBindBufferARB", GL_ARRAY_BUFFER_ARB, triangle.submesh.mVertexBuffer->ID),
+               call("glInterleavedArrays", GL_T2F_N3F_V3F, 0), call("glBindBufferARB", GL_ELEMENT_ARRAY_BUFFER_ARB, 0),
+               call("glDrawArrays", GL_TRIANGLES, 0, 3)}));
 }
 
 TEST(SubmeshBuffers, lieInTheOrderOfTheirCreationWhereverTheHeapIs)
@@ -127,7 +131,11 @@ TEST(RenderJobs, groupBySubmeshAndThenByTextureAndKeepTheirRoom)
         manager.add(&one.submesh, i % 2 ? &plain : &textured, identity, 0);
         manager.add(&other.submesh, i % 3 ? &textured : &plain, identity, 0);
     }
+    std::vector<Fennel::RenderManager::Job> jobs = manager.mJobs;
+    for (std::size_t i = 0; i < jobs.size(); ++i) jobs[i].matrix.m[0] = manager.mJobs[i].matrix.m[0] = float(i);
+    std::sort(jobs.begin(), jobs.end());
     manager.sort();
+    for (std::size_t i = 0; i < jobs.size(); ++i) EXPECT_EQ(manager.mJobs[i].matrix.m[0], jobs[i].matrix.m[0]);
     EXPECT_EQ(manager.mJobs.front().material, &plain) << "without a texture comes first";
     gl.calls.clear();
     manager.render();
