@@ -1,5 +1,6 @@
 // Every single there is, as text: what formatShortNumber writes against what printf writes. Numbers that it leaves to
-// printf are only counted. Half an hour of processor time, so no test runs it: run it after a change of xml_number.
+// printf are only counted. Ten to twenty minutes of processor time, so no test runs it: run it after a change of
+// xml_number.
 //   xml_number_proof [PART PARTS]     a part from 0 of so many, to share the work
 
 #include "xml_number.h"
