@@ -1,6 +1,6 @@
-// Reading and writing of a script of 5 MB, beside two well-known parsers where they are installed, and reading beside its
-// floor: the same tree of the same strings, whose places in the text are known beforehand. Each reads from the same text
-// and frees its document again. Only the work is alike, not the result: the others check more of the XML standard,
+// Reading and writing of a script of 5 MB, beside two well-known parsers where they are installed, and reading beside
+// its floor: the same tree of the same strings, whose places in the text are known beforehand. Each reads from the same
+// text and frees its document again. Only the work is alike, not the result: the others check more of the XML standard,
 // resolve entities, and this one keeps line and column numbers.
 
 #include "xml_parser.h"
