@@ -4,7 +4,7 @@
 # What the program and its data are built with.
 build_packages=(g++ make cmake ninja-build pkg-config
     libsdl1.2-dev libgl-dev libglu1-mesa-dev libpng-dev libjpeg-dev zlib1g-dev libminizip-dev libsndfile1-dev
-    libgl1-mesa-dri libcairo2-dev fonts-jura)
+    libgl1-mesa-dri libcairo2-dev fonts-jura libcli11-dev nlohmann-json3-dev)
 # What rendering to video or frames needs besides.
 render_packages=(python3 xvfb xauth ffmpeg)
 # What the tests need besides: a virtual display, keys, the other SDL library, the second compiler with its run-times.
