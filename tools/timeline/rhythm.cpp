@@ -5,6 +5,7 @@
 #include <aubio/aubio.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <complex>
 #include <functional>
@@ -228,34 +229,68 @@ double settle(const std::vector<Onset>& onsets, double period, double offset)
     return offset + median(std::move(residuals));
 }
 
-// The beat, of the first four, on which the sound changes most over the piece: bass and chords change with the bar.
-int findBar(const Music& music, const std::vector<double>& beats)
+// The sound of the music in short steps, as the loudness of bands of pitch.
+class Sound
 {
-    const uint_t window = 4096, hop = 1024;
-    const std::size_t bands = 24;
-    const auto vocoder = own(new_aubio_pvoc(window, hop), del_aubio_pvoc);
-    const auto spectrum = own(new_cvec(window), del_cvec);
-    std::vector<std::vector<double>> sounds(beats.size(), std::vector<double>(bands, 1e-9));
-    walk(music, hop, [&](fvec_t* samples, std::size_t position) {
-        aubio_pvoc_do(vocoder.get(), samples, spectrum.get());
-        // The window ends with this hop.
-        const double time = (static_cast<double>(position) + hop - window / 2.0) / music.rate();
-        const auto behind = std::upper_bound(beats.begin(), beats.end(), time);
-        if (behind == beats.begin()) return;
-        std::vector<double>& sound = sounds[static_cast<std::size_t>(behind - beats.begin()) - 1];
-        // Three bands an octave from 30 Hz on.
-        for (uint_t i = 1; i < spectrum->length; ++i)
+public:
+    explicit Sound(const Music& music) : mStep(static_cast<double>(HOP_BARS) / music.rate())
+    {
+        const auto vocoder = own(new_aubio_pvoc(WINDOW_BARS, HOP_BARS), del_aubio_pvoc);
+        const auto spectrum = own(new_cvec(WINDOW_BARS), del_cvec);
+        walk(music, HOP_BARS, [&](fvec_t* samples, std::size_t) {
+            aubio_pvoc_do(vocoder.get(), samples, spectrum.get());
+            Bands bands{};
+            for (uint_t i = 1; i < spectrum->length; ++i)
+            {
+                const double pitch = std::log2(i * static_cast<double>(music.rate()) / WINDOW_BARS / LOWEST) * 3.0;
+                if (pitch < 0.0 || pitch >= static_cast<double>(bands.size())) continue;
+                bands[static_cast<std::size_t>(pitch)] += static_cast<double>(spectrum->norm[i]);
+            }
+            mBands.push_back(bands);
+        });
+    }
+
+    // How much the sound of the beat behind each of these times differs from that of the beat before, as a sum over
+    // every fourth of them, counted from each of the first four.
+    std::array<double, BEATS_PER_BAR> changes(const std::vector<double>& beats) const
+    {
+        std::vector<Bands> sounds(beats.size());
+        for (Bands& sound : sounds) sound.fill(1e-9);
+        for (std::size_t i = 0; i < mBands.size(); ++i)
         {
-            const double pitch = std::log2(i * static_cast<double>(music.rate()) / window / 30.0) * 3.0;
-            if (pitch < 0.0 || pitch >= static_cast<double>(bands)) continue;
-            sound[static_cast<std::size_t>(pitch)] += static_cast<double>(spectrum->norm[i]);
+            // The window of an analysis ends with its hop.
+            const double time = mStep * (static_cast<double>(i) + 1.0 - WINDOW_BARS / 2.0 / HOP_BARS);
+            const auto behind = std::upper_bound(beats.begin(), beats.end(), time);
+            if (behind == beats.begin()) continue;
+            Bands& sound = sounds[static_cast<std::size_t>(behind - beats.begin()) - 1];
+            for (std::size_t band = 0; band < sound.size(); ++band) sound[band] += mBands[i][band];
         }
-    });
-    double changes[BEATS_PER_BAR] = {};
-    for (std::size_t beat = 1; beat < beats.size(); ++beat)
-        for (std::size_t band = 0; band < bands; ++band)
-            changes[beat % BEATS_PER_BAR] += std::fabs(std::log(sounds[beat][band] / sounds[beat - 1][band]));
-    return static_cast<int>(std::max_element(changes, changes + BEATS_PER_BAR) - changes);
+        std::array<double, BEATS_PER_BAR> result{};
+        for (std::size_t beat = 1; beat < beats.size(); ++beat)
+            for (std::size_t band = 0; band < sounds[beat].size(); ++band)
+                result[beat % BEATS_PER_BAR] += std::fabs(std::log(sounds[beat][band] / sounds[beat - 1][band]));
+        return result;
+    }
+
+private:
+    using Bands = std::array<double, 24>; // three an octave
+
+    static const uint_t WINDOW_BARS = 4096;
+    static const uint_t HOP_BARS = 1024;
+    static constexpr double LOWEST = 30.0; // hertz
+
+    double mStep;
+    std::vector<Bands> mBands;
+};
+
+// The beats of a grid, from a hair before the start of the music on.
+std::vector<double> beatsFrom(double offset, double beat, double seconds)
+{
+    const double hair = 0.01;
+    const double first = offset - beat * std::floor((offset + hair) / beat);
+    std::vector<double> beats;
+    for (int i = 0; first + i * beat < seconds - hair; ++i) beats.push_back(first + i * beat);
+    return beats;
 }
 
 // Bars whose neighbours on both sides differ most part the piece.
@@ -343,22 +378,26 @@ Rhythm findRhythm(const Music& music, double bpm)
     for (const Onset& onset : onsets) total += onset.strength;
     rhythm.fit = strengthOn(onsets, sixteenth, offset, 0.02) / total;
 
-    // The sixteenth with the strongest onsets is the beat.
-    double strongest = -1.0, best = offset;
+    // The beat is one of the sixteenths with strong onsets: the one that has the bar, on which bass and chords change.
+    std::vector<double> strengths;
     for (int i = 0; i < static_cast<int>(SIXTEENTHS); ++i)
+        strengths.push_back(strengthOn(onsets, beat, offset + i * sixteenth, 0.02));
+    const Sound sound(music);
+    double mostChange = -1.0;
+    for (std::size_t i = 0; i < strengths.size(); ++i)
     {
-        const double candidate = offset + i * sixteenth;
-        const double strength = strengthOn(onsets, beat, candidate, 0.02);
-        if (strength <= strongest) continue;
-        strongest = strength;
-        best = candidate;
+        if (strengths[i] < 0.5 * *std::max_element(strengths.begin(), strengths.end())) continue;
+        const double settled = settle(onsets, beat, offset + static_cast<double>(i) * sixteenth);
+        const std::vector<double> beats = beatsFrom(std::round(settled * 1000.0) / 1000.0, beat, seconds);
+        if (beats.size() < 2) throw Failure("The music is too short for a grid of this tempo");
+        const std::array<double, BEATS_PER_BAR> changes = sound.changes(beats);
+        const auto most = std::max_element(changes.begin(), changes.end());
+        if (*most <= mostChange) continue;
+        mostChange = *most;
+        rhythm.beats = beats;
+        rhythm.offset = beats.front();
+        rhythm.firstBar = static_cast<int>(most - changes.begin());
     }
-    best = settle(onsets, beat, best);
-    const double hair = 0.01;
-    rhythm.offset = best - beat * std::floor((best + hair) / beat);
-    for (int i = 0; rhythm.offset + i * beat < seconds; ++i) rhythm.beats.push_back(rhythm.offset + i * beat);
-    if (rhythm.beats.size() < 2) throw Failure("The music is too short for a grid of this tempo");
-    rhythm.firstBar = findBar(music, rhythm.beats);
     rhythm.sections = findSections(energy, rhythm.bars(), seconds);
     return rhythm;
 }
