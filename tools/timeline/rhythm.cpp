@@ -250,7 +250,7 @@ public:
         });
     }
 
-    // How much the sound of the beat behind each of these times differs from that of the beat before, as a sum over
+    // How much comes into the sound with the beat at each of these times that was not in the beat before, as a sum over
     // every fourth of them, counted from each of the first four.
     std::array<double, BEATS_PER_BAR> changes(const std::vector<double>& beats) const
     {
@@ -268,7 +268,7 @@ public:
         std::array<double, BEATS_PER_BAR> result{};
         for (std::size_t beat = 1; beat < beats.size(); ++beat)
             for (std::size_t band = 0; band < sounds[beat].size(); ++band)
-                result[beat % BEATS_PER_BAR] += std::fabs(std::log(sounds[beat][band] / sounds[beat - 1][band]));
+                result[beat % BEATS_PER_BAR] += std::max(0.0, std::log(sounds[beat][band] / sounds[beat - 1][band]));
         return result;
     }
 

@@ -154,15 +154,14 @@ std::string colorOf(std::size_t index)
     return hex;
 }
 
-// A comment's first words: up to a colon, a full stop or the end of its line.
+// The heading in a comment: what stands ahead of its colon, or the whole if it is short; a longer one is a remark.
 std::string headingOf(const std::string& comment)
 {
     const std::size_t begin = comment.find_first_not_of(" \t\r\n");
     if (begin == std::string::npos) return "";
-    std::string words = comment.substr(begin, comment.find_first_of(":.\r\n", begin) - begin);
+    std::string words = comment.substr(begin, comment.find_first_of(":\r\n", begin) - begin);
     while (!words.empty() && words.back() == ' ') words.pop_back();
-    if (words.size() <= MAX_HEADING) return words;
-    return words.substr(0, words.rfind(' ', MAX_HEADING)) + " ...";
+    return words.size() <= MAX_HEADING ? words : "";
 }
 
 // The curve of a spline while its entry runs, in show time, close enough for lines between the points to be the curve.
@@ -241,8 +240,9 @@ void SheetDrawing::layOut()
     std::string heading;
     for (const std::unique_ptr<Node>& node : mScore.document().root().children)
     {
-        if (node->kind == Node::Kind::COMMENT && node->name.find(ALLOW) == std::string::npos)
-            heading = headingOf(node->name);
+        const bool isComment = node->kind == Node::Kind::COMMENT && node->name.find(ALLOW) == std::string::npos;
+        const std::string found = isComment ? headingOf(node->name) : "";
+        if (!found.empty()) heading = found;
         if (!node->isTag("effect")) continue;
         if (!heading.empty()) headings[node.get()] = heading;
         heading.clear();
@@ -421,7 +421,7 @@ std::string SheetDrawing::drawEntry(const Row& row, double scale) const
             result += at(time, row.y + 2, scale,
                          element("path", "class=\"trigger\" d=\"M-4.5 0H4.5L0 8Z\"",
                                  element("title", "", escaped(trigger.name + " " + trigger.value))));
-    result += at(start, row.y + 2, scale, text(8, 12, entry.name));
+    if (entry.triggers.empty()) result += at(start, row.y + 2, scale, text(4, 12, entry.name));
     return element("g",
                    std::string("class=\"entry") + (entry.enabled ? "" : " off") + "\" data-line=\"" +
                        std::to_string(entry.node->line) + "\"",
