@@ -247,7 +247,10 @@ public:
                 bands[static_cast<std::size_t>(pitch)] += static_cast<double>(spectrum->norm[i]);
             }
             mBands.push_back(bands);
+            for (const double band : bands) mFloor += band;
         });
+        // A hundredth of the mean: what is not to be heard makes no difference.
+        mFloor = 0.01 * mFloor / static_cast<double>(mBands.size() * Bands().size()) + 1e-9;
     }
 
     // How much comes into the sound with the beat at each of these times that was not in the beat before, as a sum over
@@ -255,13 +258,13 @@ public:
     std::array<double, BEATS_PER_BAR> changes(const std::vector<double>& beats) const
     {
         std::vector<Bands> sounds(beats.size());
-        for (Bands& sound : sounds) sound.fill(1e-9);
+        for (Bands& sound : sounds) sound.fill(mFloor);
         for (std::size_t i = 0; i < mBands.size(); ++i)
         {
-            // The window of an analysis ends with its hop.
-            const double time = mStep * (static_cast<double>(i) + 1.0 - WINDOW_BARS / 2.0 / HOP_BARS);
-            const auto behind = std::upper_bound(beats.begin(), beats.end(), time);
-            if (behind == beats.begin()) continue;
+            // The window of an analysis ends with its hop; one across a beat belongs to none.
+            const double end = mStep * static_cast<double>(i + 1), start = end - mStep * WINDOW_BARS / HOP_BARS;
+            const auto behind = std::upper_bound(beats.begin(), beats.end(), start);
+            if (behind == beats.begin() || (behind != beats.end() && *behind < end)) continue;
             Bands& sound = sounds[static_cast<std::size_t>(behind - beats.begin()) - 1];
             for (std::size_t band = 0; band < sound.size(); ++band) sound[band] += mBands[i][band];
         }
@@ -279,7 +282,8 @@ private:
     static const uint_t HOP_BARS = 1024;
     static constexpr double LOWEST = 30.0; // hertz
 
-    double mStep;
+    double mStep; // seconds
+    double mFloor = 0.0;
     std::vector<Bands> mBands;
 };
 

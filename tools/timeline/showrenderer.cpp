@@ -8,6 +8,7 @@
 #include <poll.h>
 #include <signal.h>
 #include <sys/wait.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -84,6 +85,7 @@ public:
     Process(const Process&) = delete;
     Process& operator=(const Process&) = delete;
 
+    int id() const { return mId; }
     int stop()
     {
         ::kill(mId, SIGTERM);
@@ -113,6 +115,13 @@ void redirect(const char* path, int flags, int descriptor)
 {
     const int file = ::open(path, flags, 0600);
     if (file >= 0) ::dup2(file, descriptor);
+}
+
+double milliseconds(clockid_t clock)
+{
+    timespec now{};
+    ::clock_gettime(clock, &now);
+    return static_cast<double>(now.tv_sec) * 1e3 + static_cast<double>(now.tv_nsec) / 1e6;
 }
 
 // The last line that says something.
@@ -237,12 +246,14 @@ std::string ShowRenderer::configuration(const Range& range) const
            "\" frameskip=\"" + text(range.frameSkip) + "\"/>\n</demo>\n";
 }
 
-std::vector<ShowRenderer::Frame> ShowRenderer::receive(int descriptor, int count) const
+std::vector<ShowRenderer::Frame> ShowRenderer::receive(int descriptor, int process, int count) const
 {
-    using Clock = std::chrono::steady_clock;
+    clockid_t clock = CLOCK_MONOTONIC;
+    if (mCountsProcessor && ::clock_getcpuclockid(process, &clock) != 0)
+        throw Failure("The renderer's processor time cannot be read");
     const std::size_t size = static_cast<std::size_t>(mWidth) * static_cast<std::size_t>(mHeight) * 4;
     std::vector<Frame> frames;
-    Clock::time_point last = Clock::now();
+    double last = milliseconds(clock);
     while (static_cast<int>(frames.size()) < count)
     {
         Frame frame{std::vector<unsigned char>(size), 0.0};
@@ -257,8 +268,8 @@ std::vector<ShowRenderer::Frame> ShowRenderer::receive(int descriptor, int count
             if (got <= 0) return frames;
             done += static_cast<std::size_t>(got);
         }
-        const Clock::time_point now = Clock::now();
-        frame.milliseconds = std::chrono::duration<double, std::milli>(now - last).count();
+        const double now = milliseconds(clock);
+        frame.milliseconds = now - last;
         last = now;
         frames.push_back(std::move(frame));
     }
@@ -285,7 +296,7 @@ std::vector<ShowRenderer::Frame> ShowRenderer::render(const std::string& script,
         if (::chdir(place.c_str()) != 0) ::_exit(126);
     });
     pipe.closeWriting();
-    std::vector<Frame> frames = receive(pipe.ends[0], range.count);
+    std::vector<Frame> frames = receive(pipe.ends[0], renderer.id(), range.count);
     const int status = renderer.wait();
     const bool isWell = WIFEXITED(status) && WEXITSTATUS(status) == 0;
     if (!isWell)

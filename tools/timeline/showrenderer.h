@@ -2,7 +2,6 @@
 
 #include "show.h"
 
-#include <chrono>
 #include <memory>
 #include <string>
 #include <vector>
@@ -18,7 +17,7 @@ public:
     struct Frame
     {
         std::vector<unsigned char> pixels; // blue, green, red, alpha; top row first
-        double milliseconds;               // since the frame before was done
+        double milliseconds;               // since the frame before was done: by the clock, or of processor time
     };
 
     // Which frames: the first drawn one lies a step behind `start`, a step is fpsBase / fps / frameSkip seconds, and
@@ -40,6 +39,10 @@ public:
     ShowRenderer(const ShowRenderer&) = delete;
     ShowRenderer& operator=(const ShowRenderer&) = delete;
 
+    // Measure the renderer's processor time, on all cores, instead of the time by the clock: what else runs on the
+    // machine matters less, but a graphics card's work is not in it.
+    void countProcessorTime(bool count) { mCountsProcessor = count; }
+
     int width() const { return mWidth; }
     int height() const { return mHeight; }
 
@@ -50,13 +53,14 @@ private:
     void layOut(const Show& show);
     void startDisplay();
     std::string configuration(const Range& range) const;
-    std::vector<Frame> receive(int descriptor, int count) const;
+    std::vector<Frame> receive(int descriptor, int process, int count) const;
 
     std::string mProgram;
     std::string mFolder; // with a slash at its end; removed at the end
     std::string mArchives;
     std::string mDisplay;
     int mServer = 0; // process of the virtual display, or 0
+    bool mCountsProcessor = false;
     int mWidth;
     int mHeight;
 };

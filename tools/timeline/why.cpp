@@ -48,6 +48,7 @@ struct Options
     int rate = 2;
     std::vector<int> size = {0, 0};
     std::string program;
+    bool cpu = false;
     bool json = false;
 };
 
@@ -100,6 +101,7 @@ public:
     Stage(const Options& options, const Show& show)
         : mRenderer(show, options.program, options.size[0], options.size[1]), mTime(options.time)
     {
+        mRenderer.countProcessorTime(options.cpu);
         mRange.count = TIMED_FRAMES;
         mRange.start = mTime + BEHIND - 1.0 / mRange.fps;
         if (!options.exact) return;
@@ -242,6 +244,7 @@ void profile(const Options& options)
     if (!(from < to)) throw Failure("There is nothing from " + readable(from) + " to " + readable(to));
     const Show show(showFolder(options.source.show));
     ShowRenderer renderer(show, options.program, options.size[0], options.size[1]);
+    renderer.countProcessorTime(options.cpu);
     const auto frameAt = [&](double time) {
         return static_cast<int>(std::ceil(std::clamp(time, from, to) * options.rate));
     };
@@ -342,6 +345,7 @@ void addWhy(CLI::App& app, int&)
         ->expected(2)
         ->type_name("W H")
         ->check(CLI::Range(MIN_PIXELS, 2048));
+    command->add_flag("--cpu", options->cpu, "Count processor time on all cores instead of the clock's");
     command->add_option("--program", options->program, "The renderer, if it is not beside this program")
         ->type_name("PATH");
     addJson(*command, options->json);
