@@ -409,6 +409,7 @@ std::string SheetDrawing::drawEntry(const Row& row, double scale) const
         std::string path;
         for (const auto& point : points)
         {
+            if (point.first < 0.0) continue; // ahead of the show
             const double share = most > least ? (point.second - least) / (most - least) : 0.5;
             const double y = row.y + BAR_HEIGHT + 2 + (1.0 - share) * (CURVES_HEIGHT - 4);
             path += (path.empty() ? "M" : "L") + number(point.first) + " " + number(std::round(y * 10.0) / 10.0);
