@@ -4,11 +4,14 @@
 # What the program and its data are built with.
 build_packages=(g++ make cmake ninja-build pkg-config
     libsdl1.2-dev libgl-dev libglu1-mesa-dev libpng-dev libjpeg-dev zlib1g-dev libminizip-dev libsndfile1-dev
-    libgl1-mesa-dri libcairo2-dev fonts-jura)
+    libgl1-mesa-dri libcairo2-dev fonts-jura
+    libcli11-dev nlohmann-json3-dev libtinygltf-dev libaubio-dev)
 # What rendering to video or frames needs besides.
 render_packages=(python3 xvfb xauth ffmpeg)
-# What the tests need besides: a virtual display, keys, the other SDL library, the second compiler with its run-times.
-check_packages=(python3 xvfb xauth ffmpeg xdotool libgtest-dev libsdl1.2-compat clang libclang-rt-dev)
+# What the tests need besides: a virtual display, keys, the other SDL library, the second compiler with its run-times,
+# the formatter, Blender for its add-on.
+check_packages=(python3 xvfb xauth ffmpeg xdotool libgtest-dev libsdl1.2-compat clang libclang-rt-dev clang-format
+    blender)
 # What the benchmarks need besides; the libraries they compare with are skipped where they are missing.
 bench_packages=(python3 xvfb xauth libbenchmark-dev libtinyxml2-dev libpugixml-dev libmeshoptimizer-dev)
 
@@ -65,28 +68,51 @@ need_packages()
         fail "Not all packages could be installed (apt-get install)."
 }
 
-# count_steps LOG keeps the build's output in LOG, and shows on a terminal how far it is.
+# count_steps WHAT LOG keeps the build's output in LOG, says that WHAT is being built once there is something to build,
+# and shows on a terminal how far it is.
 count_steps()
 {
-    local line
+    local line told=${told:-}
     while IFS= read -r line; do
-        printf '%s\n' "$line" >>"$1"
-        [ -t 1 ] && [[ $line == \[*/*\]* ]] && printf '\r%s \e[K' "${line%%]*}]"
+        printf '%s\n' "$line" >>"$2"
+        [[ $line == \[[1-9]*/*\]* ]] || continue
+        [ -n "$told" ] || say "Building $1 ..."
+        told=yes
+        [ ! -t 1 ] || printf '\r%s \e[K' "${line%%]*}]"
     done
-    if [ -t 1 ]; then printf '\r\e[K'; fi
+    [ ! -t 1 ] || printf '\r\e[K'
 }
 
-# build_show builds bin/ourglacierheartcold and packs the show's data, both optimised and without tests.
-build_show()
+# build WHAT FOLDER OPTION... configures build/FOLDER and builds it, and says so where there is something to do.
+build()
 {
-    local log=build/release.log
+    local what=$1 folder=build/$2 log=build/$2.log told= home
+    shift 2
     mkdir -p build || fail "The build needs a folder that it can write to."
-    say "Building the show (a few minutes the first time) ..."
-    cmake --preset release >"$log" 2>&1 && cmake --build --preset release 2>&1 | count_steps "$log" || {
+    # CMake's cache holds absolute paths, so that a tree that was moved or copied is configured afresh.
+    home=$(sed -n 's/^CMAKE_HOME_DIRECTORY:INTERNAL=//p' "$folder/CMakeCache.txt" 2>/dev/null || true)
+    [ "$home" -ef . ] || rm -rf "$folder"
+    if [ ! -f "$folder/build.ninja" ]; then
+        say "Building $what (a few minutes the first time) ..."
+        told=yes
+    fi
+    cmake -S . -B "$folder" -G Ninja "$@" >"$log" 2>&1 &&
+        cmake --build "$folder" 2>&1 | count_steps "$what" "$log" || {
         grep -vE '^\[[0-9]+/[0-9]+\] (Building|Linking)' "$log" | tail -n 200 >&2
         fail "The build failed; the lines above say where, and $log has all of it."
     }
 }
 
-# Has this session a display that a window could open on?
+# build_show builds bin/ourglacierheartcold and packs the show's data, both optimised and without tests.
+build_show() { build "the show" release --preset release; }
+
+# own_temporary_folder gives everything that runs from here a place for temporary files that goes with the script.
+own_temporary_folder()
+{
+    TMPDIR=$(mktemp -d)
+    export TMPDIR
+    trap 'rm -rf "$TMPDIR"' EXIT
+}
+
+# Has this session a display that a window could open on? bin/showdisplay tells whether it can be reached.
 have_display() { [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]; }

@@ -30,7 +30,7 @@ def main():
         frames = folder / "frames"
         frames.mkdir()
         render.make_show_folder(show, folder, frames, options, *show.size())
-        done = render.dump(folder, frames, render.frame_name, times, None, options, interrupted)
+        done = render.dump(folder, frames, times, interrupted)
         stamps = [os.stat(frames / render.frame_name(index)).st_mtime for index in range(done)]
     print("seconds of the show    frames a second    milliseconds a frame")
     for first in range(0, len(stamps) - 1, 10):

@@ -4,20 +4,19 @@ The folder is laid out like the root of the repository: bin/ is the working dire
 and the script lie beside it, and screenshots/ takes what it writes. All data are made here, small and plain.
 """
 
-import base64
 import ctypes
 import ctypes.util
+import functools
 import math
 import os
 import pathlib
 import shutil
-import signal
 import struct
 import subprocess
 import tempfile
 import time
 import wave
-import zlib
+import zipfile
 
 PROGRAM = os.environ["SHOW_PROGRAM"]
 CAPTION = "show under test"
@@ -25,67 +24,41 @@ CAPTION = "show under test"
 # Time for anything that should happen soon, on a machine that does other things too.
 PATIENCE = 60.0
 
-# A brown JPEG of 8 by 8 pixels.
-JPEG = base64.b64decode(
-    "/9j/4AAQSkZJRgABAQAAAQABAAD/2wBDABALDA4MChAODQ4SERATGCgaGBYWGDEjJR0oOjM9PDkzODdASFxOQERXRTc4UG1RV19iZ2hnPk1x"
-    "eXBkeFxlZ2P/2wBDARESEhgVGC8aGi9jQjhCY2NjY2NjY2NjY2NjY2NjY2NjY2NjY2NjY2NjY2NjY2NjY2NjY2NjY2NjY2NjY2NjY2P/wAAR"
-    "CAAIAAgDASIAAhEBAxEB/8QAFQABAQAAAAAAAAAAAAAAAAAAAAT/xAAUEAEAAAAAAAAAAAAAAAAAAAAA/8QAFAEBAAAAAAAAAAAAAAAAAAAA"
-    "BP/EABQRAQAAAAAAAAAAAAAAAAAAAAD/2gAMAwEAAhEDEQA/AIgBSX//2Q==")
 
 
-def png(width, height, rgba):
-    """A PNG of one colour."""
-    def chunk(kind, data):
-        return struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
+def wait_until(condition, failure):
+    """Waits until `condition` gives something true, and hands that on."""
+    limit = time.monotonic() + PATIENCE
+    while not (result := condition()):
+        if time.monotonic() > limit:
+            raise AssertionError(failure)
+        time.sleep(0.02)
+    return result
 
-    rows = (b"\0" + bytes(rgba) * width) * height
-    header = struct.pack(">IIBBBBB", width, height, 8, 6, 0, 0, 0)
-    return (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", header) + chunk(b"IDAT", zlib.compress(rows, 1)) +
-            chunk(b"IEND", b""))
+
+def ffmpeg(*arguments):
+    return subprocess.run(["ffmpeg", "-v", "error", *map(str, arguments), "-"], check=True,
+                          stdout=subprocess.PIPE).stdout
+
+
+@functools.lru_cache
+def one_colour(codec, width, height, colour):
+    """An image file of one colour."""
+    return ffmpeg("-f", "lavfi", "-i", "color=%s:size=%dx%d,format=%s" % (
+        colour, width, height, {"png": "rgba", "mjpeg": "yuvj420p"}[codec]),
+        "-frames:v", 1, "-c:v", codec, "-f", "image2pipe")
 
 
 class Picture:
-    """A PNG file of 8 bits a channel, decoded."""
+    """A PNG file, decoded."""
 
     def __init__(self, path):
-        data = pathlib.Path(path).read_bytes()
-        assert data[:8] == b"\x89PNG\r\n\x1a\n", path
-        position, packed = 8, b""
-        while position < len(data):
-            length, kind = struct.unpack(">I4s", data[position:position + 8])
-            body = data[position + 8:position + 8 + length]
-            if kind == b"IHDR":
-                self.width, self.height, depth, colour = struct.unpack(">IIBB", body[:10])
-                assert depth == 8 and colour in (2, 6), (depth, colour)
-                self.channels = 3 if colour == 2 else 4
-            elif kind == b"IDAT":
-                packed += body
-            position += 12 + length
-        self._unfilter(zlib.decompress(packed))
-
-    def _unfilter(self, raw):
-        size, step = self.width * self.channels, self.channels
-        above = bytearray(size)
-        self.rows = []
-        for y in range(self.height):
-            kind, row = raw[y * (size + 1)], bytearray(raw[y * (size + 1) + 1:(y + 1) * (size + 1)])
-            for i in range(size):
-                left, up, corner = (row[i - step], above[i], above[i - step]) if i >= step else (0, above[i], 0)
-                if kind == 1:
-                    row[i] = (row[i] + left) & 255
-                elif kind == 2:
-                    row[i] = (row[i] + up) & 255
-                elif kind == 3:
-                    row[i] = (row[i] + (left + up) // 2) & 255
-                elif kind == 4:
-                    p = left + up - corner
-                    near = min((abs(p - left), 0, left), (abs(p - up), 1, up), (abs(p - corner), 2, corner))
-                    row[i] = (row[i] + near[2]) & 255
-            self.rows.append(row)
-            above = row
+        self.width, self.height = struct.unpack(">II", path.read_bytes()[16:24])
+        self.pixels = ffmpeg("-i", path, "-f", "rawvideo", "-pix_fmt", "rgb24")
 
     def at(self, x, y):
-        return tuple(self.rows[y][x * self.channels:x * self.channels + 3])
+        place = 3 * (y * self.width + x)
+        return tuple(self.pixels[place:place + 3])
 
 
 def tone(path, seconds):
@@ -134,11 +107,11 @@ class Show:
 
         # A letter cell of 8 by 12 with some ink, 256 times.
         (self.path / "data/tidewheel.font").write_bytes(b"SBF!\x08\x0c" + bytes([0, 0x7C, 0x44, 0x7C] * 3) * 256)
-        (self.path / "data/tidewheel_logo.png").write_bytes(png(64, 24, (200, 200, 255, 255)))
-        picture = png(picture_size, picture_size, (255, 255, 255, 128))
+        (self.path / "data/tidewheel_logo.png").write_bytes(one_colour("png", 64, 24, "0xC8C8FF"))
+        picture = one_colour("png", picture_size, picture_size, "white@0.5")
         for name in ("env", "font", "greets", "overlay", "sandrift", "sandrift_ghost", "scenese", "sun"):
             (self.path / "data" / (name + ".png")).write_bytes(picture)
-        (self.path / "data/ballbg.jpg").write_bytes(JPEG)
+        (self.path / "data/ballbg.jpg").write_bytes(one_colour("mjpeg", 8, 8, "brown"))
         (self.path / "data/empty.y3d").write_bytes(empty_scene())
         for name in ("avgrund.xml", "katedral.xml"):
             self.write("data/" + name, '<scenes><scene filename="empty.y3d" texturepath="" name="Scene"/></scenes>')
@@ -150,7 +123,15 @@ class Show:
                       % (CAPTION, width, height))
         self.configure(window + '<music file="track.wav"/><script file="script.xml"/>' + settings)
 
+    def pack(self):
+        """Puts all data into the zip alone."""
+        with zipfile.ZipFile(self.path / "ourglacierheartcold.sdr", "w", zipfile.ZIP_DEFLATED) as archive:
+            for file in (self.path / "data").iterdir():
+                archive.write(file, file.name)
+        shutil.rmtree(self.path / "data")
+
     def configure(self, tags):
+        self.tags = tags
         self.write("tidewheel.xml", "<demo>%s</demo>" % tags)
 
     def write(self, name, text):
@@ -167,15 +148,12 @@ class Show:
         path = self.path / "screenshots/screenshot.png"
         path.unlink(missing_ok=True)
         run.keys("s")
-        limit = time.monotonic() + PATIENCE
-        while not path.exists() or b"IEND" not in path.read_bytes()[-12:]:
-            if time.monotonic() > limit:
-                raise AssertionError("no screenshot was written")
-            time.sleep(0.02)
+        wait_until(lambda: path.exists() and b"IEND" in path.read_bytes()[-12:], "no screenshot was written")
         return Picture(path)
 
-    def start(self, **environment):
-        return Run(self, environment)
+    def start(self, *prefix, **environment):
+        """The program, run by the command `prefix` if there is one."""
+        return Run(self, prefix, environment)
 
     def run(self, **environment):
         """Runs the program to its end, and gives its status and both outputs."""
@@ -192,9 +170,11 @@ class Show:
 class Run:
     """The program while it runs. Keys go to it as from a keyboard."""
 
-    def __init__(self, show, environment):
-        self.process = subprocess.Popen([PROGRAM], cwd=show.path / "bin", text=True, stdout=subprocess.PIPE,
-                                        stderr=subprocess.PIPE, env={**os.environ, **environment})
+    def __init__(self, show, prefix, environment):
+        # Signals that Python itself ignores are ignored in the program too.
+        self.process = subprocess.Popen([*prefix, PROGRAM], cwd=show.path / "bin", text=True, restore_signals=False,
+                                        stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                                        env={**os.environ, **environment})
 
     def __enter__(self):
         return self
@@ -211,18 +191,15 @@ class Run:
 
     def focus(self):
         """Waits for the window and gives it the keyboard."""
-        # A window that is just coming or going makes xdotool fail.
-        limit = time.monotonic() + PATIENCE
-        while True:
+        def geometry():
+            # A window that is just coming or going makes xdotool fail.
             found = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", "^%s$" % CAPTION,
                                     "windowfocus", "--sync", "getwindowgeometry", "--shell"], text=True,
                                    stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
-            if found.returncode == 0 and "HEIGHT" in found.stdout:
-                break
-            if time.monotonic() > limit:
-                raise AssertionError("no window came up")
-            time.sleep(0.05)
-        values = dict(line.split("=") for line in found.stdout.split())
+            return found.returncode == 0 and "HEIGHT" in found.stdout and found.stdout
+
+        found = wait_until(geometry, "no window came up")
+        values = dict(line.split("=") for line in found.split())
         self.middle = [int(values[p]) + int(values[s]) // 2 for p, s in (("X", "WIDTH"), ("Y", "HEIGHT"))]
 
     def colour(self):
@@ -231,11 +208,7 @@ class Run:
 
     def wait_for(self, colour):
         """Waits until the middle of the window has this colour."""
-        limit = time.monotonic() + PATIENCE
-        while self.colour() != colour:
-            if time.monotonic() > limit:
-                raise AssertionError("the window shows %s and not %s" % (self.colour(), colour))
-            time.sleep(0.02)
+        wait_until(lambda: self.colour() == colour, "the window never became %s" % (colour,))
 
     def keys(self, *names):
         """Presses keys, each with time for the program to take it."""
@@ -249,14 +222,9 @@ class Run:
         time.sleep(seconds)
         subprocess.run(["xdotool", "keyup", name], check=True)
 
-    def stop(self):
-        self.process.send_signal(signal.SIGSTOP)
-
-    def go_on(self):
-        self.process.send_signal(signal.SIGCONT)
-
-    def terminate(self):
-        self.process.send_signal(signal.SIGTERM)
+    def send(self, *signals):
+        for each in signals:
+            self.process.send_signal(each)
 
 
 class Screen:

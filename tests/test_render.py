@@ -4,19 +4,29 @@ import json
 import os
 import pathlib
 import signal
+import struct
 import subprocess
 import sys
 import tempfile
-import time
 import unittest
 
+from showfolder import clear_entry, wait_until
+
 RENDER = pathlib.Path(__file__).resolve().parent.parent / "scripts/render.py"
+PROGRAM = pathlib.Path(os.environ["SHOW_PROGRAM"])
 PATIENCE = 300.0
 FEW = ("--from", "30", "--to", "31", "--fps", "10")
 
 
 def names(count):
     return ["frame.%010d.png" % i for i in range(count)]
+
+
+def size_of(path):
+    """The size of a whole PNG file."""
+    data = path.read_bytes()
+    assert data[-8:-4] == b"IEND", path
+    return struct.unpack(">II", data[16:24])
 
 
 class Rendering(unittest.TestCase):
@@ -26,25 +36,36 @@ class Rendering(unittest.TestCase):
         self.path = pathlib.Path(temporary.name)
         self.root = self.path / "root"
         (self.root / "bin").mkdir(parents=True)
-        (self.root / "bin/ourglacierheartcold").symlink_to(os.environ["SHOW_PROGRAM"])
+        for program in (PROGRAM, PROGRAM.with_name("showdisplay")):
+            (self.root / "bin" / program.name).symlink_to(program)
         (self.root / "data").symlink_to(os.environ["SHOW_DATA"])
         (self.root / "tidewheel.xml").write_bytes((self.root / "data/tidewheel.xml").read_bytes())
 
-    def command(self, *arguments):
-        return {"args": [sys.executable, RENDER, *arguments], "cwd": self.path, "text": True,
-                "stdout": subprocess.PIPE, "stderr": subprocess.PIPE,
-                "env": {**os.environ, "RENDER_ROOT": str(self.root)}}
+    def start(self, *arguments, **environment):
+        return subprocess.Popen([sys.executable, RENDER, *arguments], cwd=self.path, text=True, stdout=subprocess.PIPE,
+                                stderr=subprocess.PIPE,
+                                env={**os.environ, "RENDER_ROOT": str(self.root), **environment})
 
-    def render(self, *arguments, status=0):
+    def render(self, *arguments, status=0, **environment):
         """Renders, and gives what is said; the show of the author stays as it is."""
         def listing():
             return {path: path.lstat().st_mtime_ns for path in self.root.rglob("*")}
 
         before = listing()
-        run = subprocess.run(**self.command(*arguments), timeout=PATIENCE)
-        self.assertEqual(status, run.returncode, run.stderr)
+        with self.start(*arguments, **environment) as run:
+            output, errors = run.communicate(timeout=PATIENCE)
+        self.assertEqual(status, run.returncode, errors)
         self.assertEqual(before, listing())
-        return run.stdout if status == 0 else run.stderr
+        return output if status == 0 else errors
+
+    def stop(self, *arguments, after, **environment):
+        """Renders until the file `after` is there, then presses Ctrl+C; gives what is said."""
+        with self.start(*arguments, **environment) as run:
+            wait_until((self.path / after).exists, "%s never came" % after)
+            run.send_signal(signal.SIGINT)
+            output, errors = run.communicate(timeout=PATIENCE)
+        self.assertEqual(130, run.returncode, errors)
+        return output
 
     def written(self, folder):
         return sorted(path.name for path in (self.path / folder).iterdir())
@@ -52,55 +73,58 @@ class Rendering(unittest.TestCase):
     def test_numbered_pictures_in_a_new_folder(self):
         self.render("new/frames", *FEW)
         self.assertEqual(names(10), self.written("new/frames"))
-        # Another rendering takes the place of this one.
-        self.render("new/frames", *FEW[:-1], "3", "--frameskip", "2", "--size", "160x120")
+        # Another rendering takes the place of this one, on a display of its own where there is none.
+        self.render("new/frames", *FEW[:-1], "3", "--frameskip", "2", "--size", "160x120", DISPLAY=":9999")
         self.assertEqual(names(3), self.written("new/frames"))
-        for name in names(3):
-            data = (self.path / "new/frames" / name).read_bytes()
-            self.assertEqual((160, 120), (int.from_bytes(data[16:20], "big"), int.from_bytes(data[20:24], "big")))
-            self.assertEqual(b"IEND", data[-8:-4])
+        self.assertEqual({(160, 120)}, {size_of(self.path / "new/frames" / name) for name in names(3)})
 
     def test_a_video_with_its_music(self):
         for name in ("a/show.mp4", "show.mkv"):
             with self.subTest(name):
-                self.render(name, *FEW, "--size", "320x240", "--keep")
+                self.render(name, *FEW, "--size", "320x240", "--scale", "640x480", "--keep")
                 probe = json.loads(subprocess.check_output(
                     ["ffprobe", "-v", "error", "-count_frames", "-show_streams", "-show_format", "-of", "json",
                      self.path / name]))
                 picture, sound = probe["streams"]
-                self.assertEqual(("video", 320, 240, "10"), tuple(picture[key] for key in (
+                self.assertEqual(("video", 640, 480, "10"), tuple(picture[key] for key in (
                     "codec_type", "width", "height", "nb_read_frames")))
                 self.assertEqual("audio", sound["codec_type"])
                 self.assertAlmostEqual(1.1, float(probe["format"]["duration"]), delta=0.15)
                 self.assertEqual(names(10), self.written(name + ".frames"))
 
+    def test_a_finished_video_is_not_lost(self):
+        self.render("show.mp4", *FEW)
+        finished = (self.path / "show.mp4").read_bytes()
+        self.assertIn("already", self.render("show.mp4", *FEW, "--keep-finished"))
+        said = self.stop("show.mp4", "--keep", after="show.mp4.frames/" + names(9)[-1])
+        self.assertRegex(said, "show.stopped.mp4 holds [0-9]+ of 6239 frames")
+        # The first cause is told, not what follows from it.
+        (self.root / "glacier.xml").write_text("<script>%s</script>" % clear_entry(0, 10, "12"))
+        self.assertIn("after 0 of 299 frames: Error: basic_string", self.render("show.mp4", status=1))
+        self.assertIn("after 0 of 299 frames: Error: basic_string", self.render("new.mp4", status=1))
+        self.assertEqual(["root", "show.mp4", "show.mp4.frames", "show.stopped.mp4"], self.written("."))
+        self.assertEqual(finished, (self.path / "show.mp4").read_bytes())
+
     def test_a_contact_sheet(self):
         self.assertIn("8 frames", self.render("--contact-sheet", "sheets/sheet.png", "--from", "200", "--fps", "1"))
-        data = (self.path / "sheets/sheet.png").read_bytes()
         # Ten in a row, 200 wide with gaps of 2.
-        self.assertEqual((2018, 150), (int.from_bytes(data[16:20], "big"), int.from_bytes(data[20:24], "big")))
+        self.assertEqual((2018, 150), size_of(self.path / "sheets/sheet.png"))
 
-    def test_stopping_keeps_whole_pictures(self):
-        with subprocess.Popen(**self.command("frames")) as run:
-            limit = time.monotonic() + PATIENCE
-            while not (self.path / "frames" / names(4)[-1]).exists():
-                self.assertLess(time.monotonic(), limit)
-                self.assertIsNone(run.poll())
-                time.sleep(0.05)
-            run.send_signal(signal.SIGINT)
-            output, errors = run.communicate(timeout=PATIENCE)
-        self.assertEqual(130, run.returncode, errors)
+    def test_stopping_keeps_whole_pictures_and_leaves_nothing_else(self):
+        (self.path / "temporary").mkdir()
+        said = self.stop("frames", after="frames/" + names(4)[-1], TMPDIR=str(self.path / "temporary"))
         written = self.written("frames")
         self.assertEqual(names(len(written)), written)
-        self.assertIn("holds %d of" % len(written), output)
-        for name in written:
-            self.assertEqual(b"IEND", (self.path / "frames" / name).read_bytes()[-8:-4])
+        self.assertIn("holds %d of" % len(written), said)
+        self.assertEqual({(800, 600)}, {size_of(self.path / "frames" / name) for name in written})
+        self.assertEqual([], self.written("temporary"))
 
     def test_says_what_it_does_and_what_it_cannot_do(self):
         self.assertIn("--contact-sheet", self.render("--help"))
         for arguments in ((), ("a", "b"), ("a", "--contact-sheet", "b.png"), ("a", "--fps", "0"), ("a", "--fps", "x"),
                           ("a", "--from", "-1"), ("a", "--to", "nan"), ("a", "--size", "801x600"),
-                          ("a", "--size", "9x9"), ("a", "--frameskip", "0"), ("a", "--unknown")):
+                          ("a", "--size", "9x9"), ("a", "--frameskip", "0"), ("a", "--unknown"),
+                          ("show.avi",), ("a", "--scale", "80x60"), ("--contact-sheet", "b")):
             with self.subTest(arguments=arguments):
                 self.assertIn("usage: ./render", self.render(*arguments, status=2))
         self.assertIn("nothing to render", self.render("a", "--from", "300", status=1))

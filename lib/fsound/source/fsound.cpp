@@ -11,6 +11,8 @@
 
 #include "fsound_stream.h"
 
+#include <dlfcn.h>
+
 namespace
 {
 // The samples that SDL asks for at a time, 23 ms at 44100 Hz.
@@ -76,6 +78,21 @@ void fillAudio(void*, Uint8* bytes, int length)
         std::fill(target, target + 2 * frames, std::int16_t(0));
 }
 
+using AlsaHandler = void (*)(const char* file, int line, const char* function, int error, const char* format, ...);
+
+void sayNothing(const char*, int, const char*, int, const char*, ...) {}
+
+// Where there is no sound device, ALSA writes many lines of its own ahead of the one that tells the user so. It is not
+// linked, but comes with SDL; where it did not, there is nothing to quiet.
+void quietAlsa()
+{
+    void* alsa = dlopen("libasound.so.2", RTLD_LAZY | RTLD_NOLOAD);
+    if (!alsa) return;
+    if (void* setHandler = dlsym(alsa, "snd_lib_error_set_handler"))
+        reinterpret_cast<int (*)(AlsaHandler)>(setHandler)(sayNothing);
+    dlclose(alsa);
+}
+
 void goSilent()
 {
     static bool told = false;
@@ -130,6 +147,7 @@ bool FSOUND_Init(int mixrate, int maxsoftwarechannels, unsigned)
         sound.initialized = true;
         sound.silent = false;
         sound.mute = false;
+        quietAlsa();
         if (SDL_InitSubSystem(SDL_INIT_AUDIO) != 0) goSilent();
     }
     return succeed();
