@@ -33,7 +33,7 @@ class HelpFormatter : public CLI::Formatter
 public:
     std::string make_footer(const CLI::App* app) const override
     {
-        return app->get_footer().empty() ? "" : "\n" + wrapped(app->get_footer()) + "\n";
+        return app->get_footer().empty() ? "" : wrapped(app->get_footer()) + "\n";
     }
 };
 

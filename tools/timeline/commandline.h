@@ -7,6 +7,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <cstdio>
 #include <memory>
 #include <string>
 

@@ -5,6 +5,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <utility>
 
 namespace Timeline
 {

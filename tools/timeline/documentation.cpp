@@ -5,6 +5,8 @@
 #include "commandline.h"
 
 #include <cstdio>
+#include <string>
+#include <vector>
 
 namespace Timeline
 {

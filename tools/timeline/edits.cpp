@@ -90,28 +90,6 @@ void Edits::insertBefore(const Node& node, const std::string& text)
     insert(node.open.begin, text + "\n" + mDocument.indentAt(node.open.begin));
 }
 
-void Edits::append(const Node& parent, const std::string& text)
-{
-    const std::string indent = mDocument.indentAt(parent.open.begin);
-    if (!parent.children.empty())
-    {
-        const Span last = parent.children.back()->span();
-        const bool isText = parent.children.back()->kind == Node::Kind::TEXT;
-        const std::string before = mDocument.indentAt(parent.children.back()->open.begin);
-        insert(last.end, isText ? text : "\n" + before + text);
-        return;
-    }
-    if (!parent.close.empty())
-    {
-        replace({parent.open.end, parent.close.begin}, "\n" + indent + "\t" + text + "\n" + indent);
-        return;
-    }
-    // <a/> becomes <a> ... </a>; a slash may stand anywhere in the tag.
-    std::string open = "<" + parent.name;
-    for (const Attribute& attribute : parent.attributes) open.append(" ").append(mDocument.bytes(attribute.whole));
-    replace(parent.open, open + ">\n" + indent + "\t" + text + "\n" + indent + "</" + parent.name + ">");
-}
-
 std::string Edits::applyTo(Span piece) const
 {
     std::vector<const Change*> order;

@@ -4,6 +4,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace Timeline
@@ -35,9 +36,6 @@ public:
     // Puts the text of a node, without indent and line end, on a line of its own behind or before `node`.
     void insertBehind(const Node& node, const std::string& text);
     void insertBefore(const Node& node, const std::string& text);
-
-    // The same as the last thing in `parent`, which is opened if it has no closing tag.
-    void append(const Node& parent, const std::string& text);
 
     bool empty() const { return mChanges.empty(); }
 

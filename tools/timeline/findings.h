@@ -3,6 +3,7 @@
 #include "document.h"
 
 #include <map>
+#include <memory>
 #include <set>
 #include <string>
 #include <vector>

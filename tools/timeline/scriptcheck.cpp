@@ -3,6 +3,7 @@
 #include "numbers.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <functional>
 #include <limits>

@@ -7,8 +7,12 @@
 #include "y3d_manager.h"
 #include "y3d_scene.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <algorithm>
-#include <exception>
+#include <cstdio>
+#include <iterator>
 #include <map>
 #include <set>
 #include <string>
@@ -44,6 +48,36 @@ template <class Map> std::vector<std::string> keysOf(const Map& map)
     for (const auto& pair : map) keys.push_back(pair.first);
     return keys;
 }
+
+// While it lives, the standard output goes nowhere: the scene loader reports chunks there that it does not know, which
+// would get between our lines. bin/y3d check tells about them.
+class SilentOutput
+{
+public:
+    SilentOutput()
+    {
+        std::fflush(stdout);
+        mOutput = dup(STDOUT_FILENO);
+        const int nowhere = open("/dev/null", O_WRONLY);
+        if (nowhere < 0) return;
+        dup2(nowhere, STDOUT_FILENO);
+        close(nowhere);
+    }
+
+    ~SilentOutput()
+    {
+        if (mOutput < 0) return;
+        std::fflush(stdout);
+        dup2(mOutput, STDOUT_FILENO);
+        close(mOutput);
+    }
+
+    SilentOutput(const SilentOutput&) = delete;
+    SilentOutput& operator=(const SilentOutput&) = delete;
+
+private:
+    int mOutput; // a copy of the standard output, owned
+};
 
 class ShowChecker
 {
@@ -222,7 +256,10 @@ private:
         try
         {
             y3d::Manager manager;
-            manager.load(data->data, static_cast<int>(data->length));
+            {
+                const SilentOutput silence;
+                manager.load(data->data, static_cast<int>(data->length));
+            }
             std::vector<std::string> names;
             for (int i = 0; i < manager.getNumScenes(); ++i) names.push_back(manager.getSceneAt(i)->getName());
             if (names.empty())

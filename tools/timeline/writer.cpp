@@ -5,6 +5,7 @@
 #include "numbers.h"
 
 #include <algorithm>
+#include <string_view>
 #include <utility>
 
 namespace Timeline
@@ -73,12 +74,12 @@ private:
     void writeNode(const Document& document, const Node& node, int depth, bool sameLine)
     {
         if (&document == &mDocument) addAll(node, depth, &Additions::before);
-        startLine(document, node, depth, sameLine);
-        const Node* const old = replacement(node);
+        const Node* const old = &document == &mDocument ? replacement(node) : nullptr;
+        startLine(old ? *mAdditions->document : document, old ? *old : node, depth, sameLine);
         if (old)
             mText.append(mAdditions->document->bytes(old->span()));
         else if (node.kind == Node::Kind::COMMENT)
-            mText += moved(document, node, depth);
+            mText += moved(document, node);
         else if (node.kind == Node::Kind::TEXT)
             mText += trimmed(document.bytes(node.open));
         else if (node.kind == Node::Kind::OTHER)
@@ -171,12 +172,13 @@ private:
         return ends > 1;
     }
 
-    // A comment of several lines keeps its shape at another depth.
-    static std::string moved(const Document& document, const Node& node, int depth)
+    // A comment of several lines keeps its shape where its first line is indented otherwise.
+    std::string moved(const Document& document, const Node& node) const
     {
         const std::string_view text = document.bytes(node.open);
         const std::string before = document.indentAt(node.open.begin);
-        const std::string indent(static_cast<std::size_t>(depth), '\t');
+        const std::size_t line = mText.rfind('\n') + 1; // 0 where there is none
+        const std::string indent = mText.substr(line, mText.find_first_not_of(" \t", line) - line);
         std::string result;
         for (std::size_t i = 0; i < text.size(); ++i)
         {

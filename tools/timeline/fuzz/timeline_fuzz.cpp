@@ -70,6 +70,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         require(moved.all().size() == score.all().size(), "a shift loses entries");
         const std::string house = format(score);
         require(format(Score(house, "house")) == house, "the house's writing is not its own");
+        mergeComments(score, moved);
     }
     catch (const Failure&)
     {

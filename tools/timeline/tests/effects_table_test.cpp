@@ -161,7 +161,6 @@ std::string drawn(Stage& stage, Made (*maker)(), const std::vector<Sent>& inputs
         }
         text << '\n';
     }
-    for (const float number : GLRecorder::gl.state.clearColor) text << number << ' ';
     text << GLRecorder::gl.state.stencilFunction[0];
     return text.str();
 }
@@ -303,6 +302,19 @@ TEST(EffectsTable, agreesWithTheReadmeAndTheDescriptions)
         ASSERT_NE(heading, "") << name;
         const std::string section = about(docs, heading + "\n", "\n### ");
         const EffectClass& effect = *EffectTable::builtIn().find(name);
+        std::istringstream lines(section);
+        for (std::string line; std::getline(lines, line);)
+        {
+            std::smatch named;
+            if (!std::regex_search(line, named, std::regex("^\\| (trigger|spline) \\| ([^|]*)\\|"))) continue;
+            if (line.find("no effect") != std::string::npos || line.find("changes nothing") != std::string::npos)
+                continue;
+            const std::string names = named[2];
+            const std::regex quotes("`([^`]*)`");
+            for (std::sregex_iterator match(names.begin(), names.end(), quotes), end; match != end; ++match)
+                EXPECT_TRUE(named[1] == "trigger" ? effect.trigger((*match)[1]) : effect.spline((*match)[1]))
+                    << name << ": " << line;
+        }
         for (const std::vector<Input>* inputs : {&effect.triggers, &effect.splines})
             for (const Input& input : *inputs)
             {

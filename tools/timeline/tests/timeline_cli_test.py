@@ -37,10 +37,12 @@ class Timeline(unittest.TestCase):
     def test_statuses(self):
         changed = SCRIPT.replace('end="2"', 'end="3"')
         self.assertEqual(self.run_it("diff", "data/show.xml", "-", input=SCRIPT).stdout, "")
-        self.assertEqual(self.run_it("diff", "data/show.xml", "-", input=changed, status=1).stdout, "`sun` 1-2: end 2 to 3\n")
+        told = self.run_it("diff", "data/show.xml", "-", input=changed, status=1).stdout
+        self.assertEqual(told, "`sun` 1-2: end 2 to 3\n")
         found = json.loads(self.run_it("check", "--json", "-", input=SCRIPT, status=1).stdout)
         self.assertEqual([finding["code"] for finding in found], ["gap", "gap"])
-        for words in (["print", "none.xml"], ["delete", "moon", "-i"], ["enable", "sun"], ["snap", "-i"], ["dance"], []):
+        refused = (["print", "none.xml"], ["delete", "moon", "-i"], ["enable", "sun"], ["snap", "-i"], ["dance"], [])
+        for words in refused:
             done = self.run_it(*words, status=2)
             self.assertRegex(done.stderr, r"^timeline: .*\n(Try .*\n)?$", words)
         self.assertEqual(self.script.read_text(), SCRIPT)
@@ -50,8 +52,9 @@ class Timeline(unittest.TestCase):
         manual = self.run_it("man").stdout
         names = [line.split()[0] for line in shown.split("Commands:\n")[1].split("\n\n")[0].splitlines()]
         self.assertGreater(len(names), 15)
-        completion = self.run_it("completion").stdout + "\nCOMP_CWORD=1; COMP_WORDS=(timeline ''); _timeline; echo ${COMPREPLY[@]}"
-        completed = subprocess.run(["bash", "-c", completion], capture_output=True, text=True, check=True).stdout.split()
+        ask = "\nCOMP_CWORD=1; COMP_WORDS=(timeline ''); _timeline; echo ${COMPREPLY[@]}"
+        shell = ["bash", "-c", self.run_it("completion").stdout + ask]
+        completed = subprocess.run(shell, capture_output=True, text=True, check=True).stdout.split()
         self.assertEqual(completed, [*names, "--help"])
         for name in names:
             self.assertIn("\n.SS " + name.replace("-", "\\-") + "\n", manual)

@@ -205,7 +205,7 @@ TEST(Check, looksAtConfigurationPicturesAndScenes)
     const std::filesystem::path folder =
         std::filesystem::temp_directory_path() / ("timeline_test." + std::to_string(getpid()));
     std::filesystem::create_directories(folder / "data");
-    const std::string picture = readFile(std::string(SOURCE_FOLDER) + "/data/tidewheel_logo.png");
+    const std::string picture = readFile(std::string(SOURCE_FOLDER) + "/lib/tidewheel/assets/tidewheel_logo.png");
     const std::string configuration = "<demo><window width='8' height='6' type='opengl'/><script file='s.xml'/></demo>";
     const std::string scene = "<x><scene filename='a.y3d'/></x>";
     const auto look = [&](const std::string& config, const std::string& image, const std::string& description) {
