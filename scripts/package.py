@@ -137,11 +137,11 @@ class Show:
         table = ElementTree.Element("effects")
         for name, (kind, file) in found.items():
             effect = ElementTree.SubElement(table, "effect", known[kind].attrib if kind in known else {
-                "class": kind, "shows": "", "draws": "yes", "clears": "no", "seek": "other"})
+                "class": kind, "shows": "its own", "draws": "yes", "clears": "no", "seek": "other"})
             ElementTree.SubElement(effect, "name", {"name": name, **({"reads": file} if file else {})})
             effect.extend([tag for tag in known[kind] if tag.tag != "name"] if kind in known else [
-                ElementTree.Element("trigger", {"name": "*", "kind": "none", "does": ""}),
-                ElementTree.Element("spline", {"name": "*", "does": ""})])
+                ElementTree.Element("trigger", {"name": "*", "kind": "none", "kept": "yes", "does": "its own"}),
+                ElementTree.Element("spline", {"name": "*", "does": "its own"})])
         kinds = {kind for kind, _ in found.values()} | loading
         return table, kinds - set(known) - {"Loading"}
 
@@ -276,9 +276,15 @@ def add_libraries(stage):
         for name in sorted(names):
             shutil.copyfile(paths[name].resolve(), folder / name)
             output_of("strip", "--strip-unneeded", folder / name)
-            output_of("patchelf", "--set-rpath", "$ORIGIN", folder / name)
+            output_of("patchelf", "--set-rpath", "$ORIGIN" if folder.name == "lib" else "$ORIGIN:$ORIGIN/..", folder / name)
     for program in programs:
         output_of("patchelf", "--set-rpath", "$ORIGIN/../lib", program)
+    # Each is found inside, so that none is taken from this machine that another lacks.
+    for file in programs + sorted((stage / "lib").rglob("*.so*")):
+        lines = output_of("ldd", file, env={**os.environ, "LD_LIBRARY_PATH": str(stage / "lib/fallback")}).decode().splitlines()
+        for words in map(str.split, lines):
+            if not PLAIN.fullmatch(Path(words[0]).name) and not (len(words) > 2 and words[2].startswith(str(stage))):
+                raise PackageError(f"{file.name} takes {words[0]} from outside of what is packed")
     return sorted(paths[name] for name in beside | fallback)
 
 
@@ -304,9 +310,9 @@ def add_licences(stage, libraries, show):
         text = Path(f"/usr/share/doc/{package}/copyright").read_bytes()
         (folder / f"{package}.txt").write_bytes(text)
         common.update(re.findall(rb"/usr/share/common-licenses/([\w.+-]*\w)", text))
-        facts = output_of("dpkg-query", "-W", "-f", "${binary:Package} ${Version}, source ${source:Package} "
+        facts = output_of("dpkg-query", "-W", "-f", "${Package} ${Version}, source ${source:Package} "
                           "${source:Version}\n", package).decode()
-        lines.append(facts.splitlines()[0].replace(":amd64", ""))
+        lines.append(facts.splitlines()[0])
     for name in sorted(common):
         path = Path("/usr/share/common-licenses") / name.decode()
         if path.is_file():
@@ -347,7 +353,17 @@ class Score:
         return sorted({min(middles, key=lambda middle: abs(middle - last * part)) for part in (0.25, 0.5, 0.75)})
 
 
-def words_of(show, score, names):
+def libraries_text(stage, portable):
+    """Where the libraries come from: from beside the program, or from packages of this system's names."""
+    if portable:
+        return "all further libraries lie beside it."
+    program = next(path for path in (stage / "bin").iterdir() if path.name != "showdisplay")
+    paths = libraries_of(program)
+    packages = sorted({package_of(paths[name]) for name in needed_by(program)})
+    return "and these packages of Debian: " + " ".join(packages)
+
+
+def words_of(show, score, names, libraries):
     about = show.about
     size = [show.values("window", side)[-1:] or ["?"] for side in ("width", "height")]
     libc = output_of("ldd", "--version").decode().splitlines()[0].split()[-1]
@@ -358,7 +374,7 @@ def words_of(show, score, names):
         "BY": f"by {about['group'] or about['authors']}" if about["group"] or about["authors"] else "",
         "LENGTH": clock(score.end), "WINDOW": f"{size[0][0]}x{size[1][0]}", "ENTRIES": str(len(score.entries)),
         "EFFECTS": str(len({entry["name"] for entry in score.entries})), "FILES": str(len(names)),
-        "MACHINE": f"Linux on {machine} with glibc {libc} or later, X and OpenGL"}
+        "LIBRARIES": libraries, "MACHINE": f"Linux on {machine} with glibc {libc} or later, X and OpenGL"}
 
 
 def fill(text, words):
@@ -497,7 +513,7 @@ def make_archive(show, score, names, work, out, moment, moments):
     shutil.copyfile(work / "data" / CONFIGURATION, stage / CONFIGURATION)
     if portable:
         add_licences(stage, add_libraries(stage), show)
-    write_texts(stage, show, words_of(show, score, names))
+    write_texts(stage, show, words_of(show, score, names, libraries_text(stage, portable)))
     refuse_build_paths(stage, show)
     refuse_build_paths(work / "data", show)
     pictures = take_pictures(show, stage, moments)
