@@ -1,7 +1,7 @@
 # Where the parts of a show go on a system: cmake --install, and the Debian package that ./package makes.
 
-# tw_install_show(name root): the program of the show in the folder `root` with its launcher, data, desktop entry and manual
-# page, as a component of the show's name. The data are the packed ones where the build packs them, else all of data/.
+# tw_install_show(name root): the program of the show in the folder `root` with its launcher, data, desktop entry and
+# manual page, as a component of the show's name. The data are the packed ones where the build packs them, else all of data/.
 function(tw_install_show name root)
   set(pages ${root})
   if(root STREQUAL PROJECT_SOURCE_DIR)
@@ -14,10 +14,11 @@ function(tw_install_show name root)
     file(READ ${pages}/about.json about)
   endif()
   set(fallback_title ${name})
-  set(fallback_summary "a real-time demo")
-  set(fallback_description "A real-time demo in OpenGL.")
+  set(fallback_id show.tidewheel.${name}) # a name that no other program has, turned round as domains are
+  set(fallback_summary "Real-time demo in OpenGL")
+  set(fallback_description "An audiovisual show, drawn in real time in step with its music.")
   set(fallback_version 1.0)
-  foreach(word title summary description version)
+  foreach(word title id summary description version)
     string(JSON SHOW_${word} ERROR_VARIABLE missing GET "${about}" ${word})
     if(missing)
       set(SHOW_${word} ${fallback_${word}})
@@ -50,7 +51,8 @@ function(tw_install_show name root)
     set(page \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/share/man/man1/${name}.1.gz\")
     get_filename_component(folder \"\${page}\" DIRECTORY)
     file(MAKE_DIRECTORY \"\${folder}\")
-    execute_process(COMMAND ${GZIP} -9nc \"${texts}/show.1\" OUTPUT_FILE \"\${page}\" COMMAND_ERROR_IS_FATAL ANY)" ${of})
+    execute_process(COMMAND ${GZIP} -9nc \"${texts}/show.1\" OUTPUT_FILE \"\${page}\"
+      COMMAND_ERROR_IS_FATAL ANY)" ${of})
   if(root STREQUAL PROJECT_SOURCE_DIR)
     # The build's default puts it in the root; the cache knows where once show/ was read.
     install(CODE "set(packed \"${PROJECT_SOURCE_DIR}/ourglacierheartcold.sdr\")" ${of})

@@ -3,8 +3,8 @@
 
     package.py ROOT NAME OUT [--deb] [--script root|data] [--at T,T,...]
 
-ROOT is the show's folder and NAME its program; OUT a file, or with a slash at its end the folder for one of the usual name.
-./package, which calls this, has built everything before.
+ROOT is the show's folder and NAME its program; OUT a file, or with a slash at its end the folder for one of the usual
+name. ./package, which calls this, has built everything before.
 
 The data that is packed is gathered in a folder first and judged there, packed, and read back through the program's own
 archive layer. Then the program is started from what was packed, and what it draws is looked at.
@@ -23,6 +23,7 @@ import subprocess
 import sys
 import tarfile
 import tempfile
+import textwrap
 import time
 import xml.etree.ElementTree as ElementTree
 import zipfile
@@ -36,9 +37,14 @@ OWN_SHOW = "ourglacierheartcold"
 CONFIGURATION = "tidewheel.xml"
 HUD_FILES = ("tidewheel.font", "tidewheel_logo.png")
 
+# What about.json can tell of a show, and what holds where it does not.
+ABOUT = {"title": "", "group": "", "authors": "", "type": "demo", "year": "", "party": "",
+         "summary": "Real-time demo in OpenGL", "homepage": "", "contact": "", "version": "1.0",
+         "description": "An audiovisual show, drawn in real time in step with its music."}
+
 # What a desktop has: the C and C++ run-times, X, OpenGL.
-PLAIN = re.compile(r"(linux-vdso|ld-linux.*|libc|libm|libdl|libpthread|librt|libstdc\+\+|libgcc_s|libGL|libGLX|libGLdispatch|"
-                   r"libOpenGL|libGLU|libX\w+|libX11-xcb|libxcb.*|libbsd|libmd)\.so\b.*")
+PLAIN = re.compile(r"(linux-vdso|ld-linux.*|libc|libm|libdl|libpthread|librt|libstdc\+\+|libgcc_s|libGL|libGLX|"
+                   r"libGLdispatch|libOpenGL|libGLU|libX\w+|libX11-xcb|libxcb.*|libbsd|libmd)\.so\b.*")
 # What belongs to the machine's sound and terminal: its own are used where it has them, since they fit its services.
 MACHINE = re.compile(r"(libasound|libpulse|libpulse-simple|libcaca)\.so\b.*")
 # SDL 1.2 over SDL 2 opens the other by name.
@@ -59,7 +65,8 @@ def output_of(*command, status=(0,), **options):
                           **options)
     if done.returncode not in status:
         text = done.stderr.decode(errors="replace").strip().splitlines()
-        raise PackageError(text[-1].removeprefix("Error: ") if text else f"{command[0]} failed")
+        first = next((line for line in text if "Error" in line), text[-1] if text else f"{command[0]} failed")
+        raise PackageError(first.removeprefix("Error: "))
     return done.stdout
 
 
@@ -81,9 +88,7 @@ class Show:
         self.scripts, self.music = self.values("script", "file"), self.values("music", "file")
         for script in self.scripts:
             self.choose(script, script_choice)
-        self.about = {"title": name, "group": "", "authors": "", "type": "demo", "year": "", "party": "", "summary": "A demo",
-                      "description": "A real-time demo.", "version": "1.0", "contact": "", "homepage": "", "licence": "",
-                      "copyright": ""}
+        self.about = {**ABOUT, "title": name}
         about = self.page("about.json")
         if about:
             try:
@@ -94,6 +99,10 @@ class Show:
 
     def values(self, tag, attribute):
         return re.findall(rf'<{tag}\b[^>]*?\b{attribute}="([^"]*)"', self.configuration)
+
+    def size(self):
+        """Width and height of the window."""
+        return [int(self.values("window", side)[-1]) for side in ("width", "height")]
 
     def page(self, name):
         """A file about the show, which the tree's own keeps in show/; none if it has none."""
@@ -187,10 +196,10 @@ def gather(show, folder):
         first = errors[0]
         name = first["file"].removeprefix(f"{folder}/data/")
         more = f", and {len(errors) - 1} more" if len(errors) > 1 else ""
-        raise PackageError(f"{show.path(name) if name in names else name}:{first['line']}: {first['text']}{more}; nothing "
-                           "is packed")
+        raise PackageError(f"{show.path(name) if name in names else name}:{first['line']}: {first['text']}{more}; "
+                           "nothing is packed")
     if found:
-        print(f"Note: timeline check has {len(found)} warnings of the script.")
+        print(f"Note: timeline check has {len(found)} warnings, the first: {found[0]['text']}")
     return names
 
 
@@ -276,13 +285,15 @@ def add_libraries(stage):
         for name in sorted(names):
             shutil.copyfile(paths[name].resolve(), folder / name)
             output_of("strip", "--strip-unneeded", folder / name)
-            output_of("patchelf", "--set-rpath", "$ORIGIN" if folder.name == "lib" else "$ORIGIN:$ORIGIN/..", folder / name)
+            # The machine's own ones lean on those beside the program.
+            path = "$ORIGIN" if folder.name == "lib" else "$ORIGIN:$ORIGIN/.."
+            output_of("patchelf", "--set-rpath", path, folder / name)
     for program in programs:
         output_of("patchelf", "--set-rpath", "$ORIGIN/../lib", program)
     # Each is found inside, so that none is taken from this machine that another lacks.
     for file in programs + sorted((stage / "lib").rglob("*.so*")):
-        lines = output_of("ldd", file, env={**os.environ, "LD_LIBRARY_PATH": str(stage / "lib/fallback")}).decode().splitlines()
-        for words in map(str.split, lines):
+        lines = output_of("ldd", file, env={**os.environ, "LD_LIBRARY_PATH": str(stage / "lib/fallback")}).decode()
+        for words in map(str.split, lines.splitlines()):
             if not PLAIN.fullmatch(Path(words[0]).name) and not (len(words) > 2 and words[2].startswith(str(stage))):
                 raise PackageError(f"{file.name} takes {words[0]} from outside of what is packed")
     return sorted(paths[name] for name in beside | fallback)
@@ -318,8 +329,8 @@ def add_licences(stage, libraries, show):
         if path.is_file():
             shutil.copyfile(path, folder / f"{name.decode()}.txt")
     (folder / "PACKAGES.txt").write_text(
-        "These packages of Debian are what is in lib/ and in the pictures; their sources lie at deb.debian.org under the\n"
-        "names and versions below. lib/ can be replaced file by file.\n\n" + "\n".join(lines) + "\n")
+        "These packages of Debian are what is in lib/ and in the pictures; their sources lie at deb.debian.org under\n"
+        "the names and versions below. lib/ can be replaced file by file.\n\n" + "\n".join(lines) + "\n")
 
 
 # ---------------------------------------------------------------------------------------------------------------------
@@ -346,8 +357,9 @@ class Score:
         self.entries = [entry for score in read for entry in all_entries(score["entries"]) if entry["enabled"]]
 
     def looks(self):
-        """Three moments in the middle of an entry each, as near as can be to the quarters of what has entries at all."""
-        spans = [(entry["start"], min(entry["end"], self.end)) for entry in self.entries if entry["end"] > entry["start"]]
+        """Three moments in the middle of an entry each, as near as can be to the quarters of what has entries."""
+        spans = [(entry["start"], min(entry["end"], self.end)) for entry in self.entries
+                 if entry["end"] > entry["start"]]
         middles = sorted({round((start + end) / 2, 2) for start, end in spans})
         last = min(self.end, max(start for start, _ in spans) * 4 / 3 + 4)
         return sorted({min(middles, key=lambda middle: abs(middle - last * part)) for part in (0.25, 0.5, 0.75)})
@@ -365,14 +377,13 @@ def libraries_text(stage, portable):
 
 def words_of(show, score, names, libraries):
     about = show.about
-    size = [show.values("window", side)[-1:] or ["?"] for side in ("width", "height")]
     libc = output_of("ldd", "--version").decode().splitlines()[0].split()[-1]
     machine = os.uname().machine
     presented = " at ".join(word for word in (about["type"], about["party"]) if word)
     return {
         **{key.upper(): value for key, value in about.items()}, "NAME": show.name, "PRESENTED": presented,
         "BY": f"by {about['group'] or about['authors']}" if about["group"] or about["authors"] else "",
-        "LENGTH": clock(score.end), "WINDOW": f"{size[0][0]}x{size[1][0]}", "ENTRIES": str(len(score.entries)),
+        "LENGTH": clock(score.end), "WINDOW": "{}x{}".format(*show.size()), "ENTRIES": str(len(score.entries)),
         "EFFECTS": str(len({entry["name"] for entry in score.entries})), "FILES": str(len(names)),
         "LIBRARIES": libraries, "MACHINE": f"Linux on {machine} with glibc {libc} or later, X and OpenGL"}
 
@@ -425,13 +436,13 @@ class Display:
 
 
 def look(release, start, second, display, size):
-    """Starts the show in the folder `release` a little before a second of it, and gives the picture there. It runs with an
-    environment, a home and a working folder of its own, all empty."""
+    """Starts the show in the folder `release` a little before a second of it, and gives the picture there. It runs with
+    an environment, a home and a working folder of its own, all empty."""
     configuration = release / CONFIGURATION
     text = re.sub(r"<(time|videodump)\b[^>]*/>", "", configuration.read_text(errors="replace"))
     begin = max(second - WARM_UP / RATE, 0.0)
-    configuration.write_text(text.replace("</demo>", f'<time start="{begin:.3f}"/><videodump name="look.png" width="{size[0]}" '
-                                          f'height="{size[1]}" fps="{RATE}"/></demo>'))
+    dump = f'<videodump name="look.png" width="{size[0]}" height="{size[1]}" fps="{RATE}"/>'
+    configuration.write_text(text.replace("</demo>", f'<time start="{begin:.3f}"/>{dump}</demo>'))
     wanted = release / "screenshots" / f"look.{WARM_UP - 1:010d}.png"
     with tempfile.TemporaryDirectory(prefix="empty-") as empty, open(Path(empty) / "said", "w+b") as said:
         process = subprocess.Popen([start], cwd=empty, stdout=said, stderr=said, env={
@@ -463,7 +474,7 @@ def share_of_one_colour(picture):
 
 def take_pictures(show, stage, moments):
     """Pictures of the show at these moments, as it runs from a copy of `stage`."""
-    size = [int((show.values("window", side)[-1:] or [fallback])[0]) for side, fallback in (("width", 800), ("height", 600))]
+    size = show.size()
     pictures = {}
     with Display() as display, tempfile.TemporaryDirectory(prefix="look-") as folder:
         for moment in moments:
@@ -541,6 +552,7 @@ def make_deb(show, score, names, work, out, moment, moments):
     output_of("cmake", "--install", BUILD, "--component", show.name, "--prefix", "/usr", "--strip",
               env={**os.environ, "DESTDIR": str(stage)})
     shutil.copyfile(work / "show.sdr", stage / "usr/share" / show.name / f"{show.name}.sdr")
+    output_of("strip", stage / "usr/lib" / show.name / "showdisplay")
     about = show.about
     documents = stage / "usr/share/doc" / show.name
     documents.mkdir(parents=True, exist_ok=True)
@@ -559,18 +571,21 @@ def make_deb(show, score, names, work, out, moment, moments):
     def quoted(text):
         return "[==[" + text + "]==]"
 
-    description = about["description"].strip()
+    description = textwrap.fill(about["description"].strip(), 76)
     settings = {
         "GENERATOR": "DEB", "PACKAGE_NAME": show.name, "PACKAGE_VERSION": about["version"],
         "PACKAGE_FILE_NAME": "release", "PACKAGE_DIRECTORY": work / "cpack", "INSTALLED_DIRECTORIES": f"{stage};/",
         "PACKAGING_INSTALL_PREFIX": "/", "DEBIAN_PACKAGE_NAME": show.name.lower(), "DEBIAN_PACKAGE_MAINTAINER": contact,
-        "DEBIAN_PACKAGE_ARCHITECTURE": machine, "DEBIAN_PACKAGE_SECTION": "graphics", "DEBIAN_PACKAGE_PRIORITY": "optional",
-        "DEBIAN_PACKAGE_SHLIBDEPS": "ON", "DEBIAN_PACKAGE_DEPENDS": "libgl1-mesa-dri | libgl1", "DEBIAN_COMPRESSION_TYPE": "xz",
-        "PACKAGE_DESCRIPTION_SUMMARY": about["summary"], "DEBIAN_PACKAGE_DESCRIPTION": about["summary"] + "\n" + description,
-        "DEBIAN_PACKAGE_HOMEPAGE": about["homepage"], "STRIP_FILES": "OFF", "DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION": "ON"}
+        "DEBIAN_PACKAGE_ARCHITECTURE": machine, "DEBIAN_PACKAGE_SECTION": "graphics",
+        "DEBIAN_PACKAGE_PRIORITY": "optional", "DEBIAN_PACKAGE_SHLIBDEPS": "ON",
+        "DEBIAN_PACKAGE_DEPENDS": "libgl1-mesa-dri | libgl1", "DEBIAN_COMPRESSION_TYPE": "xz",
+        "PACKAGE_DESCRIPTION_SUMMARY": about["summary"], "PACKAGE_DESCRIPTION": description,
+        "DEBIAN_PACKAGE_HOMEPAGE": about["homepage"], "STRIP_FILES": "OFF",
+        "DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION": "ON"}
     (work / "CPackConfig.cmake").write_text("".join(f"set(CPACK_{key} {quoted(str(value))})\n"
                                                     for key, value in settings.items() if str(value)))
-    output_of("cpack", "--config", work / "CPackConfig.cmake", env={**os.environ, "SOURCE_DATE_EPOCH": str(moment)}, cwd=work)
+    output_of("cpack", "--config", work / "CPackConfig.cmake", cwd=work,
+              env={**os.environ, "SOURCE_DATE_EPOCH": str(moment)})
     made, = (work / "cpack").glob("*.deb")
 
     root = work / "root"
@@ -578,7 +593,7 @@ def make_deb(show, score, names, work, out, moment, moments):
     judge(show, made, root)
     # What the package installs is looked at where it lies unpacked, through its own launcher.
     state = work / "state"
-    size = [int(show.values("window", side)[-1]) for side in ("width", "height")]
+    size = show.size()
     state_folder = Path(".local/state") / show.name
     with Display() as display:
         for look_at in moments:
@@ -586,8 +601,8 @@ def make_deb(show, score, names, work, out, moment, moments):
             (release / "screenshots").mkdir(parents=True)
             shutil.copyfile(root / "usr/share" / show.name / CONFIGURATION, release / CONFIGURATION)
             launcher = release / "launcher"
-            launcher.write_text(f"#!/bin/sh\nmkdir -p \"$HOME/{state_folder.parent}\"\nln -s '{release}' \"$HOME/{state_folder}\"\n"
-                                f"exec '{root}/usr/bin/{show.name}'\n")
+            launcher.write_text(f"#!/bin/sh\nmkdir -p \"$HOME/{state_folder.parent}\"\n"
+                                f"ln -s '{release}' \"$HOME/{state_folder}\"\nexec '{root}/usr/bin/{show.name}'\n")
             launcher.chmod(0o755)
             if share_of_one_colour(look(release, launcher, look_at, display, size)) < ONE_COLOUR:
                 break
@@ -604,8 +619,8 @@ def judge(show, package, root):
     for words in (["desktop-file-validate", share / f"applications/{show.name}.desktop"],
                   ["appstreamcli", "validate", "--no-net", share / f"metainfo/{show.name}.metainfo.xml"],
                   ["lintian", "--allow-root", "--fail-on", "error", "--no-cfg", package]):
-        done = subprocess.run([str(word) for word in words], stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
-                              check=False)
+        done = subprocess.run([str(word) for word in words], stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                              text=True, check=False)
         lines = [line.strip() for line in done.stdout.splitlines() if re.match(r"\s*(E:|error)|.*: error:", line)]
         if done.returncode != 0:
             raise PackageError(f"{words[0]}: " + (lines[0] if lines else done.stdout.strip().splitlines()[-1]))
