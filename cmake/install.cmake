@@ -54,7 +54,7 @@ function(tw_install_show name root)
     execute_process(COMMAND ${GZIP} -9nc \"${texts}/show.1\" OUTPUT_FILE \"\${page}\"
       COMMAND_ERROR_IS_FATAL ANY)" ${of})
   if(root STREQUAL PROJECT_SOURCE_DIR)
-    # The build's default puts it in the root; the cache knows where once show/ was read.
+    # Where show/ puts it, which is read later than this.
     install(CODE "set(packed \"${PROJECT_SOURCE_DIR}/ourglacierheartcold.sdr\")" ${of})
   else()
     install(CODE "

@@ -32,6 +32,8 @@ from pathlib import Path
 TREE = Path(__file__).resolve().parent.parent
 TEMPLATES = TREE / "scripts/package"
 BUILD = TREE / "build/release"
+# PACKAGE_TOOLS names another folder with the programs that are asked.
+TOOLS = Path(os.environ.get("PACKAGE_TOOLS") or TREE / "bin")
 OWN_SHOW = "ourglacierheartcold"
 
 CONFIGURATION = "tidewheel.xml"
@@ -176,7 +178,7 @@ class Show:
         scene = words.get("filename", "")
         folder = words.get("texturepath", "")
         folder += "/" if folder and not folder.endswith("/") else ""
-        info = json.loads(output_of(TREE / "bin/y3d", "info", "--json", self.path(scene))) if scene else {}
+        info = json.loads(output_of(TOOLS / "y3d", "info", "--json", self.path(scene))) if scene else {}
         return {description, scene, *(folder + image["file"] for image in info.get("images", []))} - {""}
 
 
@@ -189,7 +191,7 @@ def gather(show, folder):
         target.parent.mkdir(parents=True, exist_ok=True)
         shutil.copyfile(show.path(name), target)
     (folder / "effects.xml").write_text(ElementTree.tostring(table, encoding="unicode"))
-    found = json.loads(output_of(TREE / "bin/timeline", "check", "--json", "--show", folder, "--effects",
+    found = json.loads(output_of(TOOLS / "timeline", "check", "--json", "--show", folder, "--effects",
                                  folder / "effects.xml", status=(0, 1)))
     errors = [finding for finding in found if finding["severity"] == "error"]
     if errors:
@@ -233,7 +235,7 @@ def tar_folder(folder, archive, moment, prefix):
 
 def pack_data(show, names, folder, archive, moment):
     zip_folder(folder / "data", archive, moment)
-    output_of(TREE / "bin/packcheck", archive, folder / "data", input="".join(name + "\n" for name in names).encode())
+    output_of(TOOLS / "packcheck", archive, folder / "data", input="".join(name + "\n" for name in names).encode())
 
 
 # ---------------------------------------------------------------------------------------------------------------------
@@ -351,7 +353,7 @@ class Score:
     """What the script says that is told or looked at."""
 
     def __init__(self, folder, scripts):
-        read = [json.loads(output_of(TREE / "bin/timeline", "print", "--json", folder / "data" / script))
+        read = [json.loads(output_of(TOOLS / "timeline", "print", "--json", folder / "data" / script))
                 for script in scripts]
         self.end = max(score["end"] for score in read)
         self.entries = [entry for score in read for entry in all_entries(score["entries"]) if entry["enabled"]]
@@ -518,7 +520,7 @@ def make_archive(show, score, names, work, out, moment, moments):
     portable = out.name.endswith(".zip")
     stage = work / "stage"
     (stage / "bin").mkdir(parents=True)
-    for program in (show.root / "bin" / show.name, TREE / "bin/showdisplay"):
+    for program in (show.root / "bin" / show.name, TOOLS / "showdisplay"):
         output_of("strip", "-o", stage / "bin" / program.name, program)
     shutil.copyfile(work / "show.sdr", stage / f"{show.name}.sdr")
     shutil.copyfile(work / "data" / CONFIGURATION, stage / CONFIGURATION)
