@@ -201,7 +201,7 @@ def gather(show, folder):
         raise PackageError(f"{show.path(name) if name in names else name}:{first['line']}: {first['text']}{more}; "
                            "nothing is packed")
     if found:
-        print(f"Note: timeline check has {len(found)} warnings, the first: {found[0]['text']}")
+        print(f"Note: timeline check warns {len(found)} times, first: {found[0]['text']}")
     return names
 
 
