@@ -1,5 +1,6 @@
 # One place for how a library, a test, a benchmark and a fuzz target of this project are made.
 
+include(${CMAKE_CURRENT_LIST_DIR}/install.cmake)
 include(${CMAKE_CURRENT_LIST_DIR}/warnings.cmake)
 
 # tw_library(name SOURCES file... LINKS target... PRIVATE_LINKS target...)
@@ -114,4 +115,5 @@ function(tw_show name)
     tw_warnings(${program})
     set_target_properties(${program} PROPERTIES OUTPUT_NAME ${name}${kind} RUNTIME_OUTPUT_DIRECTORY ${ARG_BIN})
   endforeach()
+  tw_install_show(${name} ${ARG_ROOT})
 endfunction()

@@ -8,10 +8,13 @@ build_packages=(g++ make cmake ninja-build pkg-config
     libcli11-dev nlohmann-json3-dev libtinygltf-dev libaubio-dev)
 # What rendering to video or frames needs besides.
 render_packages=(python3 xvfb xauth ffmpeg)
+# What a release needs besides: the look at it, the libraries' paths; and what a Debian package is made and judged by.
+release_packages=(python3 xvfb ffmpeg patchelf dpkg-dev)
+deb_packages=(desktop-file-utils appstream lintian)
 # What the tests need besides: a virtual display, keys, the other SDL library, the second compiler with its run-times,
 # the formatter, Blender for its add-on.
 check_packages=(python3 xvfb xauth ffmpeg xdotool libgtest-dev libsdl1.2-compat clang libclang-rt-dev clang-format
-    blender)
+    blender patchelf)
 # What the benchmarks need besides; the libraries they compare with are skipped where they are missing.
 bench_packages=(python3 xvfb xauth libbenchmark-dev libtinyxml2-dev libpugixml-dev libmeshoptimizer-dev)
 
@@ -83,7 +86,23 @@ count_steps()
     [ ! -t 1 ] || printf '\r\e[K'
 }
 
-# build WHAT FOLDER OPTION... configures build/FOLDER and builds it, and says so where there is something to do.
+# find_show ARG finds the show that ARG names: none for this tree's own, NAME for shows/NAME, or a path with a slash, seen
+# from $from, to a folder that holds a main.cpp. Sets show_root and show_name, the name of its program; false if there is none.
+find_show()
+{
+    case ${1:-} in
+        "") show_root=$PWD show_name=ourglacierheartcold; return ;;
+        /*) show_root=$1 ;;
+        */*) show_root=${from:-$PWD}/$1 ;;
+        *) show_root=$PWD/shows/$1 ;;
+    esac
+    [ -f "$show_root/main.cpp" ] || return 1
+    show_root=$(cd "$show_root" && pwd -P)
+    show_name=$(basename "$show_root")
+}
+
+# build WHAT FOLDER OPTION... configures build/FOLDER and builds it, or only the targets in build_targets, and says so
+# where there is something to do.
 build()
 {
     local what=$1 folder=build/$2 log=build/$2.log told= home
@@ -97,14 +116,28 @@ build()
         told=yes
     fi
     cmake -S . -B "$folder" -G Ninja "$@" >"$log" 2>&1 &&
-        cmake --build "$folder" 2>&1 | count_steps "$what" "$log" || {
+        cmake --build "$folder" ${build_targets:+--target $build_targets} 2>&1 | count_steps "$what" "$log" || {
         grep -vE '^\[[0-9]+/[0-9]+\] (Building|Linking)' "$log" | tail -n 200 >&2
         fail "The build failed; the lines above say where, and $log has all of it."
     }
 }
 
-# build_show builds bin/ourglacierheartcold and packs the show's data, both optimised and without tests.
-build_show() { build "the show" release --preset release; }
+# build_show [TARGET...] builds the show that find_show found, this tree's own without one, optimised and without tests:
+# for this tree's own everything, for another its programs and what further TARGETs there are.
+build_show()
+{
+    local elsewhere= build_targets=
+    if [ "${show_root:=$PWD}" = "$PWD" ]; then
+        build "the show" release --preset release -DTIDEWHEEL_SHOWS=
+        return
+    fi
+    case $show_root in
+        "$PWD"/shows/*) ;;
+        *) elsewhere=$show_root ;;
+    esac
+    build_targets="show-$show_name show-$show_name-render showdisplay $*"
+    build "$show_name" release --preset release "-DTIDEWHEEL_SHOWS=$elsewhere"
+}
 
 # own_temporary_folder gives everything that runs from here a place for temporary files that goes with the script.
 own_temporary_folder()

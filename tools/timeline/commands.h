@@ -28,6 +28,9 @@ void addExtract(CLI::App& app, int& status);
 void addSet(CLI::App& app, int& status);
 void addFormat(CLI::App& app, int& status);
 void addMergeComments(CLI::App& app, int& status);
+void addBeats(CLI::App& app, int& status);
+void addSheet(CLI::App& app, int& status);
+void addWhy(CLI::App& app, int& status);
 void addDocumentation(CLI::App& app, int& status);
 
 } // namespace Timeline

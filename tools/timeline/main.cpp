@@ -15,11 +15,12 @@ namespace
 using Add = void (*)(CLI::App& app, int& status);
 
 const Add COMMANDS[] = {
-    Timeline::addCheck,         Timeline::addPrint,         Timeline::addDiff,   Timeline::addShift,
-    Timeline::addRetime,        Timeline::addSnap,          Timeline::addCopy,   Timeline::addMove,
-    Timeline::addDelete,        Timeline::addRename,        Timeline::addEnable, Timeline::addDisable,
-    Timeline::addMerge,         Timeline::addExtract,       Timeline::addSet,    Timeline::addFormat,
-    Timeline::addMergeComments, Timeline::addDocumentation,
+    Timeline::addCheck,         Timeline::addPrint,   Timeline::addDiff,   Timeline::addShift,
+    Timeline::addRetime,        Timeline::addSnap,    Timeline::addCopy,   Timeline::addMove,
+    Timeline::addDelete,        Timeline::addRename,  Timeline::addEnable, Timeline::addDisable,
+    Timeline::addMerge,         Timeline::addExtract, Timeline::addSet,    Timeline::addFormat,
+    Timeline::addMergeComments, Timeline::addBeats,   Timeline::addSheet,  Timeline::addWhy,
+    Timeline::addDocumentation,
 };
 
 // The words behind the program's name, the last one first. A negative number gets a blank ahead, so that it is not

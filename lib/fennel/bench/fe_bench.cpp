@@ -9,6 +9,9 @@
 
 #include <cmath>
 #include <ctime>
+#include <string>
+#include <utility>
+#include <vector>
 
 // What a frame of a large scene costs beside its drawing, and where the time of a large load goes. OpenGL is the
 // stand-in of the tests, which does nothing here.
@@ -18,10 +21,10 @@ namespace
 
 using Fennel::Sorrel::Engine;
 
-const int meshNodes = 2000;
-const int meshes = 20;
-const int materials = 10;
-const int images = 5;
+const int MESH_NODES = 2000;
+const int MESHES = 20;
+const int MATERIALS = 10;
+const int IMAGES = 5;
 
 // A Bezier curve of eight keys over 20 seconds.
 void addWave(y3d::TrackBlenderFloat& curve, float middle, float height)
@@ -44,12 +47,12 @@ void addImage(Archives& archives, const std::string& name, int size)
 
 void addMaterials(SceneFile& file, Archives& archives, int imageSize)
 {
-    for (int i = 0; i < images; ++i) addImage(archives, std::to_string(i) + ".png", imageSize);
-    for (int i = 0; i < materials; ++i)
+    for (int i = 0; i < IMAGES; ++i) addImage(archives, std::to_string(i) + ".png", imageSize);
+    for (int i = 0; i < MATERIALS; ++i)
     {
-        const std::string image = std::to_string(i % images);
+        const std::string image = std::to_string(i % IMAGES);
         y3d::Material* material = file.material("m" + std::to_string(i), 1, 1, 1, i % 2);
-        file.texture(material, image, i < images ? image + ".png" : "");
+        file.texture(material, image, i < IMAGES ? image + ".png" : "");
     }
 }
 
@@ -70,22 +73,25 @@ void addSheet(SceneFile& file, const std::string& name, const std::string& mater
     addSubmesh(file.mesh(name), positions, indices, material);
 }
 
-// 2,000 nodes on a lattice, half of them on position and rotation curves; 4 of 5 are in the picture.
+// 2,000 nodes on a lattice, half of them on position and rotation curves unless all stand still; 4 of 5 are in the
+// picture.
 class FrameScene
 {
 public:
-    FrameScene()
+    explicit FrameScene(bool moves = true)
     {
         GLRecorder::reset();
         SceneFile file;
         addMaterials(file, archives, 16);
-        for (int i = 0; i < meshes; ++i) addSheet(file, "mesh" + std::to_string(i), "m" + std::to_string(i % materials), 4);
-        for (int i = 0; i < meshNodes; ++i)
+        for (int i = 0; i < MESHES; ++i)
+            addSheet(file, "mesh" + std::to_string(i), "m" + std::to_string(i % MATERIALS), 4);
+        for (int i = 0; i < MESH_NODES; ++i)
         {
             const Vector3f place(static_cast<float>(i % 20 * 8 - 80), static_cast<float>(i / 20 % 10 * 8 - 40),
                                  static_cast<float>(-20 - i / 200 * 20));
-            y3d::MeshInstance* node = file.instance(nullptr, std::to_string(i), "mesh" + std::to_string(i % meshes), place);
-            if (i % 2) continue;
+            y3d::MeshInstance* node =
+                file.instance(nullptr, std::to_string(i), "mesh" + std::to_string(i % MESHES), place);
+            if (!moves || i % 2) continue;
             node->mRotation.mEuler = true;
             addWave(node->mPosition.mX, place.x, 1);
             addWave(node->mPosition.mY, place.y, 1);
@@ -118,6 +124,55 @@ void keyframing(benchmark::State& state)
     }
 }
 BENCHMARK(keyframing)->Unit(benchmark::kMicrosecond);
+
+// A scene in which nothing moves costs what one without nodes costs: its camera and its lights.
+void keyframingStill(benchmark::State& state)
+{
+    FrameScene scene(false);
+    for (auto _ : state) scene.engine.updateKeyframing(1);
+}
+BENCHMARK(keyframingStill)->Unit(benchmark::kMicrosecond);
+
+void keyframingStillFloor(benchmark::State& state)
+{
+    FrameScene scene(false);
+    std::vector<Fennel::Sorrel::Node*> none;
+    std::swap(scene.engine.mNodes, none);
+    scene.engine.mDynamicNodes.clear();
+    for (auto _ : state) scene.engine.updateKeyframing(1);
+    std::swap(scene.engine.mNodes, none);
+}
+BENCHMARK(keyframingStillFloor)->Unit(benchmark::kMicrosecond);
+
+// Culling, jobs, sorting and drawing.
+void drawing(benchmark::State& state)
+{
+    FrameScene scene;
+    for (auto _ : state) scene.engine.draw();
+}
+BENCHMARK(drawing)->Unit(benchmark::kMicrosecond);
+
+// For the same nodes nothing but their matrix products and the calls that draw them, unchecked, with everything bound.
+void drawingFloor(benchmark::State& state)
+{
+    FrameScene scene;
+    scene.engine.draw();
+    const std::size_t visible = scene.engine.mRenderManager.mJobs.size();
+    std::vector<const Fennel::Sorrel::Node*> nodes(scene.engine.mNodes.begin(), scene.engine.mNodes.end());
+    nodes.resize(visible);
+    const MathBase::Matrix4x4Col view = scene.engine.mActiveCamera->mMatCameraInv;
+    for (auto _ : state)
+    {
+        for (const Fennel::Sorrel::Node* node : nodes)
+        {
+            MathBase::Matrix4x4Col matrix = view;
+            matrix.multiplyFromRight(node->mMatWorld);
+            glLoadMatrixf(matrix.m);
+            glDrawRangeElements(GL_TRIANGLES, 0, 16, 54, GL_UNSIGNED_BYTE, nullptr);
+        }
+    }
+}
+BENCHMARK(drawingFloor)->Unit(benchmark::kMicrosecond);
 
 void cullingAndSorting(benchmark::State& state)
 {
@@ -162,9 +217,9 @@ void loadFiftyMegabytes(benchmark::State& state)
     {
         SceneFile file;
         addMaterials(file, archives, 1024);
-        for (int i = 0; i < meshes; ++i)
+        for (int i = 0; i < MESHES; ++i)
         {
-            addSheet(file, "mesh" + std::to_string(i), "m" + std::to_string(i % materials), 204);
+            addSheet(file, "mesh" + std::to_string(i), "m" + std::to_string(i % MATERIALS), 204);
             file.instance(nullptr, "node", "mesh" + std::to_string(i), {});
         }
         file.camera(nullptr, "camera", {});

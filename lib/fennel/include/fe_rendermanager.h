@@ -7,6 +7,7 @@
 namespace Fennel
 {
 
+class BufferARB;
 class Material;
 class Submesh;
 
@@ -44,6 +45,22 @@ public:
     void clear();
 
     std::vector<Job> mJobs;
+
+private:
+    // A job's place in the order.
+    struct Key
+    {
+        bool operator<(const Key& other) const;
+
+        const BufferARB* vertexBuffer;
+        const BufferARB* indexBuffer;
+        int texture; // 0 for none
+        int job;     // index before the sort
+    };
+
+    // Room for sort(), kept from frame to frame.
+    std::vector<Key> mKeys;
+    std::vector<Job> mSortedJobs;
 };
 
 } // namespace Fennel

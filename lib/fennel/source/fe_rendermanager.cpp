@@ -15,11 +15,11 @@ namespace Fennel
 namespace
 {
 
-const int usualJobs = 100;
+const std::size_t USUAL_JOBS = 100;
 
-int textureOf(const Material& material)
+int textureOf(const Material* material)
 {
-    return material.mTexture.isNull() ? 0 : material.mTexture->getSortableID();
+    return !material || material->mTexture.isNull() ? 0 : material->mTexture->getSortableID();
 }
 
 } // namespace
@@ -35,29 +35,46 @@ bool RenderManager::Job::operator<(const Job& other) const
         if (buffers(*submesh) != buffers(*other.submesh)) return buffers(*submesh) < buffers(*other.submesh);
     }
     if (material == other.material) return false;
-    return textureOf(*material) < textureOf(*other.material);
+    return textureOf(material) < textureOf(other.material);
+}
+
+bool RenderManager::Key::operator<(const Key& other) const
+{
+    const std::less<const BufferARB*> before;
+    if (vertexBuffer != other.vertexBuffer) return before(vertexBuffer, other.vertexBuffer);
+    if (indexBuffer != other.indexBuffer) return before(indexBuffer, other.indexBuffer);
+    return texture < other.texture;
 }
 
 RenderManager::RenderManager()
 {
-    mJobs.reserve(usualJobs);
+    mJobs.reserve(USUAL_JOBS);
 }
 
 void RenderManager::add(const Submesh* submesh, const Material* material, const MathBase::Matrix4x4Col& matrix,
                         unsigned int flags)
 {
-    Job job;
-    job.submesh = submesh;
-    job.material = material;
-    job.matrix = matrix;
-    job.flags = static_cast<int>(flags);
-    mJobs.push_back(job);
+    mJobs.push_back({submesh, material, matrix, static_cast<int>(flags)});
 }
 
+// What Job::operator< looks at is gathered first, so that the sort neither follows pointers nor moves matrices. The
+// result is what sorting the jobs themselves by it gives, also in the order of equal ones.
 void RenderManager::sort()
 {
-    if (mJobs.empty()) return;
-    std::sort(mJobs.begin(), mJobs.end());
+    if (mJobs.size() < 2) return;
+
+    mKeys.clear();
+    for (const Job& job : mJobs)
+    {
+        mKeys.push_back({job.submesh->mVertexBuffer, job.submesh->mIndexBuffer, textureOf(job.material),
+                         static_cast<int>(mKeys.size())});
+    }
+    std::sort(mKeys.begin(), mKeys.end());
+
+    mSortedJobs.clear();
+    mSortedJobs.reserve(mJobs.capacity());
+    for (const Key& key : mKeys) mSortedJobs.push_back(mJobs[static_cast<std::size_t>(key.job)]);
+    mJobs.swap(mSortedJobs);
 }
 
 void RenderManager::render() const

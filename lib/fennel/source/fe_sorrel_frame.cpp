@@ -18,7 +18,7 @@ namespace Sorrel
 namespace
 {
 
-const std::size_t glLights = 8;
+const std::size_t GL_LIGHTS = 8;
 
 // Outside as soon as the sphere around the middle of the box lies outside one plane, touching included.
 bool isVisible(const MathBase::AABBpointsf& box, const MathBase::Frustum& frustum)
@@ -123,7 +123,7 @@ void Engine::renderVisibleNodes()
 
 void Engine::activateLights()
 {
-    for (std::size_t i = 0; i < glLights; ++i)
+    for (std::size_t i = 0; i < GL_LIGHTS; ++i)
     {
         const GLenum lightID = static_cast<GLenum>(GL_LIGHT0 + i);
         if (i < mLights.size())

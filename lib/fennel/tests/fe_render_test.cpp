@@ -135,7 +135,11 @@ TEST(RenderJobs, groupBySubmeshAndThenByTextureAndKeepTheirRoom)
         manager.add(&one.submesh, i % 2 ? &plain : &textured, identity, 0);
         manager.add(&other.submesh, i % 3 ? &textured : &plain, identity, 0);
     }
+    std::vector<Fennel::RenderManager::Job> jobs = manager.mJobs;
+    for (std::size_t i = 0; i < jobs.size(); ++i) jobs[i].matrix.m[0] = manager.mJobs[i].matrix.m[0] = float(i);
+    std::sort(jobs.begin(), jobs.end());
     manager.sort();
+    for (std::size_t i = 0; i < jobs.size(); ++i) EXPECT_EQ(manager.mJobs[i].matrix.m[0], jobs[i].matrix.m[0]);
     EXPECT_EQ(manager.mJobs.front().material, &plain) << "without a texture comes first";
     gl.calls.clear();
     manager.render();

@@ -3,6 +3,8 @@
 #include "mb_matrix4x4col.h"
 #include "mb_vector3f.h"
 
+#include <cmath>
+
 namespace MathBase
 {
 
@@ -43,9 +45,11 @@ struct AABBpointsf
     float getMinSphereRadiusFromCenter() const
     {
         const Vector3f center = getCenter();
-        const float toMin = (mMin - center).length();
-        const float toMax = (mMax - center).length();
-        return toMin > toMax ? toMin : toMax;
+        const Vector3f toMin = mMin - center;
+        const Vector3f toMax = mMax - center;
+        const float squareMin = toMin.x * toMin.x + toMin.y * toMin.y + toMin.z * toMin.z;
+        const float squareMax = toMax.x * toMax.x + toMax.y * toMax.y + toMax.z * toMax.z;
+        return std::sqrt(squareMin > squareMax ? squareMin : squareMax);
     }
 
     Vector3f mMin;

@@ -1,10 +1,11 @@
-// Any bytes are refused or become entries that run, start over and are saved.
+// Any bytes are refused or become entries that run, start over and are saved, at once and as a document alike.
 
 #include "script_loadxml.h"
 #include "script_savexml.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 
 namespace
 {
@@ -50,6 +51,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     {
         for (const float time : {0.0f, 1.5f, 30.0f, -1.0f, 0.5f}) engine.update(time);
     }
-    Script::SaveXML().saveMem(engine);
+    Xml::XmlParser document;
+    document.setName("script");
+    Xml::Iterator it = document.createIterator("");
+    for (Script::Effect* entry : engine.mEffects) Script::SaveXML().saveEffect(it, entry);
+    std::string text;
+    document.write(text, "\t");
+    if (Script::SaveXML().saveMem(engine) != text) std::abort();
     return 0;
 }

@@ -16,7 +16,8 @@ public:
     // Throws Xml::XmlException if the file cannot be written.
     void save(const char* filename, ScriptEngine& engine);
 
-    // The whole file as text.
+    // The whole file as text, which is what the document of all entries would be written as. Throws as save does when
+    // it would be too long to be read back, at 2 GiB.
     std::string saveMem(ScriptEngine& engine);
 
     // Add one tag, with all that lies under it, as the next child at `it`.

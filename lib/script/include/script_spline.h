@@ -2,6 +2,9 @@
 
 #include "script_callback.h"
 
+#include "gr_pool.h"
+
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -15,6 +18,9 @@ class Spline
 public:
     struct Key
     {
+        static void* operator new(std::size_t size) { return Pool<Key>::take(size); }
+        static void operator delete(void* key, std::size_t size) { Pool<Key>::give(key, size); }
+
         float time = 0.0f; // seconds of key time
         float value = 0.0f;
         float tangent = 0.0f; // value units over a whole segment; written by recalculate, for "smooth" alone

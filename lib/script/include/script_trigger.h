@@ -1,5 +1,8 @@
 #pragma once
 
+#include "gr_pool.h"
+
+#include <cstddef>
 #include <string>
 
 namespace Script
@@ -10,6 +13,9 @@ namespace Script
 class Trigger
 {
 public:
+    static void* operator new(std::size_t size) { return Pool<Trigger>::take(size); }
+    static void operator delete(void* trigger, std::size_t size) { Pool<Trigger>::give(trigger, size); }
+
     int mFired = 0; // firings since the last reset; not stored in the script
     std::string mName = "new";
     std::string mValue;  // any text; the effect makes sense of it

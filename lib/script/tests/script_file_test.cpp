@@ -21,12 +21,26 @@ bool loadText(const std::string& text, ScriptEngine& engine)
     return LoadXML().loadMem(block.get(), static_cast<long>(text.size()), engine);
 }
 
-// `text` loaded and saved again.
+// The document that the entries make, written.
+std::string writtenDocument(ScriptEngine& engine)
+{
+    Xml::XmlParser document;
+    document.setName("script");
+    Xml::Iterator it = document.createIterator("");
+    for (Script::Effect* effect : engine.mEffects) SaveXML().saveEffect(it, effect);
+    std::string text;
+    document.write(text, "\t");
+    return text;
+}
+
+// `text` loaded and saved again, which gives what its document gives.
 std::string resaved(const std::string& text)
 {
     ScriptEngine engine;
     if (!loadText(text, engine)) return "refused";
-    return SaveXML().saveMem(engine);
+    const std::string saved = SaveXML().saveMem(engine);
+    EXPECT_TRUE(saved == writtenDocument(engine));
+    return saved;
 }
 
 const std::string SAVED = R"(<script>

@@ -22,7 +22,7 @@ public:
     XmlNode& operator=(const XmlNode&) = delete;
     ~XmlNode();
 
-    // Nodes come from a pool of the library.
+    // Nodes come from a pool.
     static void* operator new(std::size_t size);
     static void operator delete(void* node, std::size_t size);
 

@@ -7,17 +7,17 @@ namespace
 {
 
 // No tag of a show has more than six attributes; up to here a look at each is the fastest search.
-const std::size_t cShortList = 16;
+const std::size_t SHORT_LIST = 16;
 
 // Three is what most tags have.
-const std::size_t cFirstRoom = 3;
+const std::size_t FIRST_ROOM = 3;
 
 } // namespace
 
 std::string& AttributeSetter::valueOf(std::string_view name)
 {
     if (XmlTag::Argument* present = find(name)) return present->value;
-    if (mArguments.capacity() == 0) mArguments.reserve(cFirstRoom);
+    if (mArguments.capacity() == 0) mArguments.reserve(FIRST_ROOM);
     if (!mIndex.empty()) mIndex.emplace(name, mArguments.size());
     mArguments.push_back({std::string(name), std::string()});
     return mArguments.back().value;
@@ -25,7 +25,7 @@ std::string& AttributeSetter::valueOf(std::string_view name)
 
 XmlTag::Argument* AttributeSetter::find(std::string_view name)
 {
-    if (mArguments.size() > cShortList) return findByIndex(name);
+    if (mArguments.size() > SHORT_LIST) return findByIndex(name);
     for (XmlTag::Argument& argument : mArguments)
     {
         if (argument.name == name) return &argument;

@@ -1,9 +1,8 @@
 #include "xml_bufferreader.h"
 
+#include "xml_bytes.h"
 #include "xml_exception.h"
 
-#include <array>
-#include <cstdint>
 #include <cstring>
 
 namespace Xml
@@ -11,31 +10,6 @@ namespace Xml
 
 namespace
 {
-
-enum ByteClass : std::uint8_t
-{
-    WordByte = 1, // letters and digits as isalnum knows them in the C locale, whatever the locale is
-    SpaceByte = 2,
-    ShapedByte = 4 // is not copied into a text as it is, or ends a line
-};
-
-constexpr std::array<std::uint8_t, 256> makeByteClasses()
-{
-    std::array<std::uint8_t, 256> classes{};
-    for (unsigned int c = '0'; c <= '9'; ++c) classes[c] = WordByte;
-    for (unsigned int c = 'A'; c <= 'Z'; ++c) classes[c] = WordByte;
-    for (unsigned int c = 'a'; c <= 'z'; ++c) classes[c] = WordByte;
-    for (const unsigned char c : {'\t', '\r', '\n'}) classes[c] = SpaceByte | ShapedByte;
-    classes[' '] = SpaceByte;
-    return classes;
-}
-
-constexpr std::array<std::uint8_t, 256> cByteClasses = makeByteClasses();
-
-bool isOfClass(char c, ByteClass wanted)
-{
-    return (cByteClasses[static_cast<unsigned char>(c)] & wanted) != 0;
-}
 
 bool contains(std::string_view bytes, char c)
 {

@@ -1,6 +1,6 @@
 #include "xml_node.h"
 
-#include "xml_nodepool.h"
+#include "gr_pool.h"
 
 #include <algorithm>
 #include <memory>
@@ -18,18 +18,14 @@ XmlNode::~XmlNode()
     leave();
 }
 
-// The size tells a node from an object of a derived class.
 void* XmlNode::operator new(std::size_t size)
 {
-    return size == sizeof(XmlNode) ? NodePool::take() : ::operator new(size);
+    return Pool<XmlNode>::take(size);
 }
 
 void XmlNode::operator delete(void* node, std::size_t size)
 {
-    if (size == sizeof(XmlNode))
-        NodePool::give(node);
-    else
-        ::operator delete(node);
+    Pool<XmlNode>::give(node, size);
 }
 
 void XmlNode::clear()

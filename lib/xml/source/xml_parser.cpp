@@ -1,6 +1,7 @@
 #include "xml_parser.h"
 
 #include "xml_attributes.h"
+#include "xml_plaintag.h"
 #include "xml_tagtext.h"
 
 #include <climits>
@@ -13,6 +14,8 @@ namespace Xml
 
 namespace
 {
+
+const std::size_t FIRST_CHILDREN = 4; // room that a node gets for them
 
 // The children of `root` and its closing tag. An explicit list of open levels stands in for recursion.
 template <class Text> void writeRecurse(Text& text, const XmlNode& root, const std::string& indent)
@@ -115,35 +118,44 @@ void XmlParser::parse(BufferReader& reader)
 }
 
 // Fills the root until its closing tag. `node` is the innermost open tag; going back up by mParent keeps any depth of
-// nesting off the stack. Tags are read in the place where they stay, with room for as many attributes as their
-// neighbour has.
+// nesting off the stack.
 void XmlParser::parseRecurse(BufferReader& reader)
 {
     XmlNode* node = this;
-    std::unique_ptr<XmlNode> tag;
-    std::size_t room = mArguments.size();
+    PlainTag plain;
     while (node)
     {
-        if (!tag)
+        std::unique_ptr<XmlNode> child;
+        bool isEnd;
+        if (plain.read(reader))
         {
-            tag = std::make_unique<XmlNode>(nullptr);
-            tag->mArguments.reserve(room);
+            isEnd = plain.isClosed() && plain.getName() == node->mName && (!mOnlyClosingTagEnds || plain.isClosing());
+            if (!isEnd)
+            {
+                child = std::make_unique<XmlNode>(nullptr);
+                plain.copyTo(*child);
+            }
         }
-        const BufferReader before = reader;
-        tag->parse(reader);
-        if (tag->mClosed && tag->mName == node->mName && (!mOnlyClosingTagEnds || isBeforeClosingTag(before)))
+        else
+        {
+            const BufferReader before = reader;
+            child = std::make_unique<XmlNode>(nullptr);
+            child->parse(reader);
+            isEnd =
+                child->mClosed && child->mName == node->mName && (!mOnlyClosingTagEnds || isBeforeClosingTag(before));
+        }
+        if (isEnd)
         {
             if (node->mChildren.empty()) node->mClosed = true;
             node = node == this ? nullptr : node->mParent;
             continue;
         }
-        room = tag->mArguments.size();
-        if (node->mChildren.empty()) node->mChildren.reserve(4);
-        node->mChildren.push_back(tag.get());
+        if (node->mChildren.empty()) node->mChildren.reserve(FIRST_CHILDREN);
+        node->mChildren.push_back(child.get());
         node->mClosed = false;
-        tag->mParent = node;
-        XmlNode* const child = tag.release();
-        if (!child->mClosed) node = child;
+        child->mParent = node;
+        XmlNode* const added = child.release();
+        if (!added->mClosed) node = added;
     }
 }
 

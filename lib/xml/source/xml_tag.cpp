@@ -3,6 +3,7 @@
 #include "xml_attributes.h"
 #include "xml_bufferreader.h"
 #include "xml_exception.h"
+#include "xml_number.h"
 #include "xml_tagtext.h"
 
 #include <cstdio>
@@ -46,6 +47,17 @@ void readAttribute(BufferReader& reader, bool equalsRequired, AttributeSetter& a
     reader.skipPlain(1);
 }
 
+// The value of the first attribute of this name, which is appended with an empty value if there is none.
+std::string& valueOf(std::vector<XmlTag::Argument>& arguments, const std::string& name)
+{
+    for (XmlTag::Argument& argument : arguments)
+    {
+        if (argument.name == name) return argument.value;
+    }
+    arguments.push_back({name, std::string()});
+    return arguments.back().value;
+}
+
 } // namespace
 
 const std::string& XmlTag::getValue(const std::string& name) const
@@ -59,27 +71,20 @@ const std::string& XmlTag::getValue(const std::string& name) const
 
 void XmlTag::setValue(const std::string& name, const std::string& value)
 {
-    for (Argument& argument : mArguments)
-    {
-        if (argument.name != name) continue;
-        argument.value = value;
-        return;
-    }
-    mArguments.push_back({name, value});
+    valueOf(mArguments, name) = value;
 }
 
 void XmlTag::setValue(const std::string& name, int value)
 {
     char text[16];
     std::snprintf(text, sizeof(text), "%0d", value);
-    setValue(name, std::string(text));
+    valueOf(mArguments, name) = text;
 }
 
 void XmlTag::setValue(const std::string& name, double value)
 {
-    char text[64];
-    std::snprintf(text, sizeof(text), "%.25g", value);
-    setValue(name, std::string(text));
+    NumberText text;
+    valueOf(mArguments, name) = formatNumber(value, text);
 }
 
 void XmlTag::setClosed(bool closed)

@@ -94,7 +94,7 @@ public:
     template <class Part> void operator+=(const Part& part)
     {
         mPiece += part;
-        if (mPiece.size() >= cPiece) pass();
+        if (mPiece.size() >= PIECE) pass();
     }
 
     // What is left, and the stream's own buffer.
@@ -105,7 +105,7 @@ public:
     }
 
 private:
-    static const std::size_t cPiece = 1 << 16; // bytes
+    static const std::size_t PIECE = 1 << 16; // bytes
 
     void pass()
     {

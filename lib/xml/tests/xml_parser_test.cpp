@@ -70,6 +70,7 @@ TEST(Parser, documentsAreReadAndWrittenAgain)
         Xml::XmlParser parser;
         EXPECT_EQ(parseError(parser, document.text), "");
         EXPECT_EQ(written(parser, "."), document.written);
+        EXPECT_TRUE(plainTagsAgree(document.text));
     }
 }
 
@@ -96,6 +97,7 @@ TEST(Parser, anyDamagedByteIsReadOrReported)
             const std::string error = parseError(parser, text);
             EXPECT_TRUE(error.empty() || error.rfind("(error at line ", 0) == 0) << error;
             EXPECT_NE(written(parser).find("</" + parser.mName + ">\n"), std::string::npos);
+            EXPECT_TRUE(plainTagsAgree(text)) << text;
         }
     }
 }

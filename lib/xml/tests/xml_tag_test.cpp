@@ -1,7 +1,13 @@
+#include "xml_number.h"
 #include "xml_testing.h"
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <random>
 #include <utility>
 
 using Xml::XmlTag;
@@ -36,6 +42,27 @@ TEST(XmlTag, numbersBecomeText)
     EXPECT_EQ(tag.getValue("i"), "0");
     EXPECT_EQ(tag.getValue("n"), "-2147483648");
     EXPECT_EQ(tag.mArguments.size(), 3u);
+}
+
+// A sample of all singles, and doubles of all sizes; xml_number_proof goes through every single.
+TEST(XmlTag, numbersReadAsPrintfWritesThem)
+{
+    std::mt19937_64 random(1);
+    for (int i = 0; i < 100000; ++i)
+    {
+        const std::uint64_t bits = random();
+        const std::uint32_t half = static_cast<std::uint32_t>(bits);
+        float single;
+        double value;
+        std::memcpy(&single, &half, sizeof single);
+        std::memcpy(&value, &bits, sizeof value);
+        if (i % 3 == 1) value = static_cast<double>(single);
+        if (i % 3 == 2) value = std::ldexp(static_cast<double>(bits >> 44), static_cast<int>(bits % 128) - 64);
+        char expected[64];
+        std::snprintf(expected, sizeof expected, "%.25g", value);
+        Xml::NumberText text;
+        ASSERT_EQ(Xml::formatNumber(value, text), expected);
+    }
 }
 
 // Kind, closed or not, name, attributes and the place behind the tag.
