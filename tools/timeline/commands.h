@@ -29,5 +29,6 @@ void addSet(CLI::App& app, int& status);
 void addFormat(CLI::App& app, int& status);
 void addMergeComments(CLI::App& app, int& status);
 void addDocumentation(CLI::App& app, int& status);
+void addFacts(CLI::App& app, int& status);
 
 } // namespace Timeline

@@ -19,7 +19,7 @@ const Add COMMANDS[] = {
     Timeline::addRetime,        Timeline::addSnap,          Timeline::addCopy,   Timeline::addMove,
     Timeline::addDelete,        Timeline::addRename,        Timeline::addEnable, Timeline::addDisable,
     Timeline::addMerge,         Timeline::addExtract,       Timeline::addSet,    Timeline::addFormat,
-    Timeline::addMergeComments, Timeline::addDocumentation,
+    Timeline::addMergeComments, Timeline::addDocumentation, Timeline::addFacts,
 };
 
 // The words behind the program's name, the last one first. A negative number gets a blank ahead, so that it is not
