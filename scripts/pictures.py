@@ -37,7 +37,7 @@ HALL = [GROUND, entry("podium", splines=[("y", 0)])]
 
 def greeting(name, text, colour, y):
     return entry(name, [("text", text), ("size", "0.075"), *zip("rgb", colour)],
-                 [("alpha", 10), ("posx", -3), ("posy", y)])
+                 [("alpha", 10), ("posx", -5), ("posy", y)])
 
 
 def masked(name, mode):
@@ -50,7 +50,7 @@ EFFECTS = {
     "clear": [entry("clear", [("color", "036115148")])],
     "blur": [*ICE, entry("blur", [("amount", "0.6"), ("step", "0.08"), ("lowstep", "0.02"), ("falloffspeed", "0.3"),
                                   ("falloff", "")])],
-    "hypno": [GROUND, entry("hypno", splines=[("alpha", 12), ("twist", 3), ("spread", 4)])],
+    "hypno": [GROUND, entry("hypno", splines=[("alpha", 12), ("twist", 3), ("spread", 1)])],
     "twister": [entry("clear", [("color", "036115148")]), entry("twister", splines=[("speed", 12)])],
     "particles": [GROUND, entry("particles", [("expand", "1.2", 1), ("enlarge", "0.8", 1)])],
     "static": [*ICE, entry("static", [("size", "1.5"), ("falloffspeed", "1"), ("falloff", "", 1.5)])],
@@ -60,7 +60,7 @@ EFFECTS = {
     "render2texture": [*ICE, entry("render2texture")],
     "crash": [*ICE, entry("render2texture"), GROUND, entry("crash", [("speed", "0.42"), ("crash", "")])],
     "ball": [GROUND, entry("ball", [("speed", "1400"), ("layers", "18"), ("count", "26"), ("move", "", 1)],
-                           [("alphastep", 4), ("step", 30), ("size", 220)])],
+                           [("alphastep", 5), ("step", 5), ("size", 13)])],
     "sorrel": ICE,
     "pixels": [GROUND, entry("boolean"), entry("pixels")],
     "stencil": [*ICE, entry("stencil"), entry("circle", length=1.8 * SLOT)],
@@ -72,15 +72,15 @@ EFFECTS = {
     "boolean": [GROUND, entry("boolean")],
     "flash": [*ICE, entry("flash", [("r", "1"), ("g", "0.5"), ("b", "0.2")], length=1.8 * SLOT)],
     "sun": [GROUND, entry("sun", splines=[("alpha", 9), ("width", 4), ("base", 9), ("cone", 4)])],
-    "scenese": [*ICE, entry("scenese", [("jumpheight", "0")], [("alpha", 16), ("offset", 1), ("zoom", -3)])],
+    "scenese": [*ICE, entry("scenese", [("jumpheight", "0")], [("alpha", 20), ("offset", 0), ("zoom", 0)])],
     "cubes": [GROUND, entry("cubes", [("split", "", 0.4), ("split", "", 0.8), ("split", "", 1.2)],
                             [("alpha", 9), ("explode", 16), ("zoom", 0), ("bounce", 0)])],
     "fire": [entry("clear", [("color", "255106039")]), entry("fire", splines=[("intensity", 100), ("size", 7)])],
     "overlay": [*ICE, entry("overlay", splines=[("alpha", 100)])],
     "infinity": [GROUND, entry("infinity")],
     "lighting": [GROUND, entry("lighting", splines=[("alpha", 110), ("mod", 100)])],
-    "preball": [GROUND, entry("preball", length=1.25 * SLOT)],
-    "blood": [*ICE, entry("blood", length=1.5 * SLOT)],
+    "preball": [GROUND, entry("preball", length=1.9 * SLOT)],
+    "blood": [*ICE, entry("blood", length=1.9 * SLOT)],
     "sandrift": [GROUND, entry("sandrift", [("change", "")], [("alpha", 10)])],
 }
 FROM_THE_SHOW = {"meta": 101}                           # the second that shows it
