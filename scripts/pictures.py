@@ -72,7 +72,7 @@ EFFECTS = {
     "boolean": [GROUND, entry("boolean")],
     "flash": [*ICE, entry("flash", [("r", "1"), ("g", "0.5"), ("b", "0.2")], length=1.8 * SLOT)],
     "sun": [GROUND, entry("sun", splines=[("alpha", 9), ("width", 4), ("base", 9), ("cone", 4)])],
-    "scenese": [*ICE, entry("scenese", [("jumpheight", "0")], [("alpha", 20), ("offset", 0), ("zoom", 0)])],
+    "scenese": [*ICE, entry("scenese", [("jumpheight", "0")], [("alpha", 20), ("offset", 0), ("zoom", 0)], 1.8 * SLOT)],
     "cubes": [GROUND, entry("cubes", [("split", "", 0.4), ("split", "", 0.8), ("split", "", 1.2)],
                             [("alpha", 9), ("explode", 16), ("zoom", 0), ("bounce", 0)])],
     "fire": [entry("clear", [("color", "255106039")]), entry("fire", splines=[("intensity", 100), ("size", 7)])],
