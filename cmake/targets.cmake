@@ -84,7 +84,8 @@ function(tw_fuzzer name)
 endfunction()
 
 # tw_show(name ROOT folder file...)
-# The program of a show and, as NAME-render, the same with an output of its own for frames: the renderer behind ./render.
+# The program of a show and, as NAME-render, the same for tools: with an output of its own for frames, behind ./render,
+# and telling where the show is, behind ./author.
 # Both go to bin/ in the show's root folder, or into the build where that is sanitized. The files know the show's roster;
 # what it is linked from is `effects`, of which the linker takes what the roster uses.
 function(tw_show name)
@@ -106,7 +107,9 @@ function(tw_show name)
     target_include_directories(${program} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/effects)
     target_link_libraries(${program} PRIVATE effects)
     if(kind)
-      target_sources(${program} PRIVATE ${PROJECT_SOURCE_DIR}/tools/render/frameoutput.cpp)
+      target_sources(${program} PRIVATE ${PROJECT_SOURCE_DIR}/tools/render/frameoutput.cpp
+        ${PROJECT_SOURCE_DIR}/tools/author/position.cpp)
+      target_link_options(${program} PRIVATE -Wl,--wrap=_ZN6Script12ScriptEngine6updateERKf)
       target_link_libraries(${program} PRIVATE Threads::Threads)
     endif()
     if(TIDEWHEEL_SANITIZE)

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""Renders the show offline, with the program's own frame dump.
+"""Renders a show offline, with the show's own renderer.
 
-The program runs in a private show folder: a temporary one that borrows the author's files, so that settings and
-screenshots of the author stay as they are. It dumps numbered PNG files, which stay as they are, go into a video with
-the music under it, or into a contact sheet.
+The renderer is the show's program with another place for its frames (tools/render): it hands them raw to ffmpeg, or
+compresses them on all cores. It runs in a private show folder: a temporary one that borrows the author's files, so that
+settings and screenshots of the author stay as they are.
 
 Where a frame lies in the music: the program's clock starts at the configured start and takes one step before the
 first frame, and it is a running sum in single precision, which drifts at most rates. So the clock is computed here
@@ -13,8 +13,10 @@ with the same arithmetic, and each frame of a video carries its true time.
 import argparse
 import hashlib
 import json
+import math
 import os
 import re
+import selectors
 import shutil
 import signal
 import struct
@@ -23,20 +25,36 @@ import sys
 import tempfile
 import threading
 import time
-import zipfile
+from collections import namedtuple
 from pathlib import Path
 
-# RENDER_ROOT renders a show that lies elsewhere: program in its bin/, data in its data/ or packed.
-ROOT = Path(os.environ.get("RENDER_ROOT") or Path(__file__).resolve().parent.parent)
-PROGRAM = ROOT / "bin" / "ourglacierheartcold"
-PACKED = "ourglacierheartcold.sdr"
-DISPLAY_CHECK = PROGRAM.with_name("showdisplay")
+TREE = Path(__file__).resolve().parent.parent
+RENDERER = "-render"
 VIDEO_FORMATS = {".mp4": "mp4", ".mkv": "matroska"}
+PICTURE_ENDINGS = (".png", ".jpg", ".jpeg", ".tga", ".bmp", ".gif")
 SHEET_ENDINGS = (".png", ".jpg", ".jpeg")
 # Effects that copy the frame, or come back to it, as one of 800 by 600.
-FIXED_SIZE, FIXED_EFFECTS = (800, 600), "ball, blur, crash, pixels and render2texture"
+FIXED_SIZE, FIXED_EFFECTS = (800, 600), ("ball", "blur", "crash", "pixels", "render2texture")
 # PNG frames of the show compress to about two thirds of a megabyte at 800 by 600.
 BYTES_PER_PIXEL = 1.6
+# What a folder of pictures holds until all of them are there: how they are made.
+UNFINISHED = ".unfinished"
+
+# How a video is encoded. `size` is filled by a picture of the show's shape, with bars beside it; a `bitrate`, in bits a
+# second, is met in two passes.
+Preset = namedtuple("Preset", "about video audio fps size bitrate formats")
+PRESETS = {
+    None: Preset("", "-c:v libx264 -preset medium -crf 16 -pix_fmt yuv420p", "-c:a aac -b:a 256k",
+                 None, None, None, (".mp4", ".mkv")),
+    "web": Preset("small, plays everywhere", "-c:v libx264 -preset slow -crf 21 -pix_fmt yuv420p",
+                  "-c:a aac -b:a 192k", None, None, None, (".mp4", ".mkv")),
+    "party": Preset("what competitions take: H.264 main profile in two passes, 1920x1080 (or --scale 1280x720), 60 "
+                    "frames a second",
+                    "-c:v libx264 -preset slow -profile:v main -pix_fmt yuv420p", "-c:a aac -b:a 320k",
+                    (60, 1), (1920, 1080), 20e6, (".mp4",)),
+    "archive": Preset("lossless, for a .mkv", "-c:v ffv1 -level 3 -g 1 -slicecrc 1 -pix_fmt bgr0", "-c:a flac",
+                      None, None, None, (".mkv",)),
+}
 
 
 class RenderError(Exception):
@@ -44,74 +62,25 @@ class RenderError(Exception):
 
 
 # ---------------------------------------------------------------------------------------------------------------------
-# The show's files
+# The show
 
 
-class ShowFiles:
-    """Finds files the way the program does: the show's root, data/, the packed data, further archives."""
-
-    def __init__(self, root):
-        self.folders = [root, root / "data"]
-        self.zips = [root / PACKED]
-
-    def add_archive(self, name):
-        """One `archive` tag's name: a path relative to bin/, a folder with a trailing slash or a zip."""
-        if name.startswith("zip://"):
-            self.zips.append((ROOT / "bin" / name[6:]).resolve())
-        elif name.endswith("/"):
-            self.folders.append((ROOT / "bin" / name).resolve())
-
-    def read(self, name):
-        for folder in self.folders:
-            path = folder / name
-            if name and path.is_file():
-                return path.read_bytes()
-        for path in self.zips:
-            if path.is_file():
-                with zipfile.ZipFile(path) as archive:
-                    if name in archive.namelist():
-                        return archive.read(name)
-        return None
-
-    def digest(self):
-        """A sum over everything that a picture or a sound of the show can come from."""
-        total = hashlib.sha256(PROGRAM.read_bytes())
-        names = set()
-        for path in self.zips:
-            if path.is_file():
-                total.update(path.read_bytes())
-                with zipfile.ZipFile(path) as archive:
-                    names.update(archive.namelist())
-        for folder in self.folders[1:]:
-            if folder.is_dir():
-                names.update(path.relative_to(folder).as_posix() for path in folder.rglob("*"))
-        # Loose files of these names shadow the others; settings are not part of the show.
-        for name in sorted(names - {"tidewheel.xml"}):
-            for folder in self.folders:
-                if (folder / name).is_file():
-                    total.update(name.encode() + (folder / name).read_bytes())
-        return total.hexdigest()
+def find_show(name):
+    """The folder of the show that is called so: a path, or one of those in shows/."""
+    folder = Path(name).absolute() if "/" in name else TREE / "shows" / name
+    if not folder.is_dir():
+        raise RenderError(f"there is no show {folder}; ./new makes one")
+    return folder
 
 
-def tags(text, name):
-    """Yields (nesting depth, attributes) of each tag of that name."""
-    text = re.sub(r"<!--.*?-->", "", text, flags=re.S)
-    depth = 0
-    for match in re.finditer(r"<(/?)([\w:.-]+)((?:\s+[\w:.-]+\s*=\s*(?:\"[^\"]*\"|'[^']*'))*)\s*(/?)>", text):
-        closing, tag, attributes, closed = match.groups()
-        if closing:
-            depth -= 1
-            continue
-        if tag == name:
-            pairs = re.findall(r"([\w:.-]+)\s*=\s*(?:\"([^\"]*)\"|'([^']*)')", attributes)
-            yield depth, {key: double or single for key, double, single in pairs}
-        if not closed:
-            depth += 1
-
-
-def number(text, otherwise=0.0):
-    match = re.match(r"\s*[-+]?(\d+\.?\d*|\.\d+)([eE][-+]?\d+)?", text or "")
-    return float(match.group()) if match else otherwise
+def find_renderer(folder):
+    """The show's renderer, in its bin/: the one of the folder's name, or the only one."""
+    found = sorted((folder / "bin").glob("*" + RENDERER))
+    named = [path for path in found if path.name == folder.name + RENDERER]
+    if len(named or found) != 1:
+        raise RenderError(f"{folder / 'bin'} holds no renderer of the show" if not found else
+                          f"{folder / 'bin'} holds several renderers")
+    return (named or found)[0]
 
 
 def single(value):
@@ -120,32 +89,59 @@ def single(value):
 
 
 class Show:
-    """What the configuration and the script say that matters here."""
+    """A show and what its configuration and its script say that matters here, as our own library reads them."""
 
-    def __init__(self):
-        files = ShowFiles(ROOT)
-        configuration = files.read("tidewheel.xml")
-        if configuration is None:
-            raise RenderError("tidewheel.xml was not found in the show's folders")
-        self.configuration = configuration.decode("utf-8", "replace")
-        for _, attributes in tags(self.configuration, "archive"):
-            files.add_archive(attributes.get("file", ""))
-        self.files = files
-        self.music_name = self._attribute("music", "file")
-        self.script_name = self._attribute("script", "file")
-        script = files.read(self.script_name)
-        if script is None:
-            raise RenderError(f"the script '{self.script_name}' was not found")
-        self.script = script.decode("utf-8", "replace")
-        self.end = max((number(a.get("end")) for depth, a in tags(self.script, "effect") if depth == 1), default=0.0)
+    def __init__(self, folder):
+        self.folder = folder
+        self.renderer = find_renderer(folder)
+        self.packed = self.renderer.name[:-len(RENDERER)] + ".sdr"
+        facts = json.loads(self._facts())
+        self.width, self.height = facts["width"], facts["height"]
+        self.end, self.music, self.scripts = facts["end"], facts["music"], facts["scripts"]
+        self.effects = facts["effects"]
+        # A relative name starts in bin/, where the program runs.
+        self.archives = []
+        for archive in facts["archives"]:
+            scheme, path = re.fullmatch(r"(\w+://)?(.*)", archive, re.S).groups("")
+            self.archives.append((scheme, os.path.join(folder, "bin", path)))
 
-    def _attribute(self, tag, name):
-        values = [attributes.get(name, "") for _, attributes in tags(self.configuration, tag)]
-        return values[-1] if values else ""
+    def tool(self, name):
+        """A tool of ours: beside the program, or in the tree's bin/."""
+        beside = self.renderer.resolve().with_name(name)
+        return beside if beside.exists() else TREE / "bin" / name
 
-    def size(self):
-        return tuple(int(number(self._attribute("window", side), otherwise))
-                     for side, otherwise in zip(("width", "height"), FIXED_SIZE))
+    def _facts(self, *options):
+        try:
+            asked = subprocess.run([self.tool("timeline"), "facts", "--show", self.folder, *options],
+                                   capture_output=True, text=True, check=False)
+        except FileNotFoundError:
+            raise RenderError("bin/timeline is not built; it reads the show's script") from None
+        if asked.returncode != 0:
+            raise RenderError(asked.stderr.strip().replace("timeline: ", "", 1))
+        return asked.stdout
+
+    def save_music(self, folder):
+        """Puts the music into a folder as a file; None where there is none."""
+        if not self.music:
+            return None
+        path = folder / ("music" + Path(self.music).suffix)
+        self._facts("--save-music", path)
+        return path if path.exists() else None
+
+    def digest(self):
+        """A sum over everything that a picture or a sound of the show can come from. Settings are no part of it."""
+        files = [self.renderer, self.folder / self.packed, *self.folder.iterdir()]
+        for place in [self.folder / "data", *(Path(path) for _, path in self.archives)]:
+            files += place.rglob("*") if place.is_dir() else [place]
+        total = hashlib.sha256()
+        for path in sorted({path for path in files if path.is_file()}):
+            if path.parent == self.folder and path.suffix in (".mp4", ".mkv", ".part") or path.name == "tidewheel.xml":
+                continue
+            total.update(str(path).encode())
+            with open(path, "rb") as file:
+                for block in iter(lambda: file.read(1 << 20), b""):
+                    total.update(block)
+        return total.hexdigest()
 
 
 # ---------------------------------------------------------------------------------------------------------------------
@@ -199,42 +195,36 @@ def attribute_text(text):
     return text.replace('"', "'")
 
 
-def private_configuration(show, options, width, height):
-    """A configuration that dumps: the author's names, our window, our start, and a dump tag."""
-    music = f'\t<music file="{attribute_text(show.music_name)}" mute="on"/>\n' if show.music_name else ""
-    archives = ""
-    for _, attributes in tags(show.configuration, "archive"):
-        name = attributes.get("file", "")
-        scheme, path = ("zip://", name[6:]) if name.startswith("zip://") else ("", name)
-        if path:
-            full = str((ROOT / "bin" / path).resolve()) + ("/" if path.endswith("/") else "")
-            archives += f'\t<archive file="{attribute_text(scheme + full)}"/>\n'
+def private_configuration(plan, output):
+    """A configuration that renders: the author's names, our window, our start, and where the frames go."""
+    show, options = plan.show, plan.options
+    archives = "".join(f'\t<archive file="{attribute_text(scheme + path)}"/>\n' for scheme, path in show.archives)
+    music = f'\t<music file="{attribute_text(show.music)}" mute="on"/>\n' if show.music else ""
+    scripts = "".join(f'\t<script file="{attribute_text(name)}"/>\n' for name in show.scripts)
     return (
         "<demo>\n"
-        f'\t<time start="{options.start!r}"/>\n'
+        f'\t<time start="{plan.clock_start!r}"/>\n'
         '\t<hud mini="off"/>\n'
-        f'\t<window caption="render" width="{width}" height="{height}" mode="windowed" type="opengl"/>\n'
-        f"{archives}{music}"
-        f'\t<script file="{attribute_text(show.script_name)}"/>\n'
-        f'\t<videodump name="frame.png" width="{width}" height="{height}" fps="{options.fps_numerator}" '
+        f'\t<window caption="render" width="{plan.width}" height="{plan.height}" mode="windowed" type="opengl"/>\n'
+        f"{archives}{music}{scripts}"
+        f'\t<videodump name="{attribute_text(output)}" fps="{options.fps_numerator}" '
         f'fpsbase="{options.fps_denominator}" frameskip="{options.frameskip}"/>\n'
         "</demo>\n"
     )
 
 
-def make_show_folder(show, folder, frames, options, width, height):
+def make_show_folder(plan, folder, output):
     """Lays out bin/, data/, the packed data and screenshots/ as the program expects them, by links."""
-    (folder / "bin").mkdir()
-    if (ROOT / "data").is_dir():
-        (folder / "data").symlink_to(ROOT / "data")
-    if (ROOT / PACKED).is_file():
-        (folder / PACKED).symlink_to(ROOT / PACKED)
-    (folder / "screenshots").symlink_to(frames)
+    root = plan.show.folder
+    for name in ("bin", "screenshots"):
+        (folder / name).mkdir()
+    if (root / "data").is_dir():
+        (folder / "data").symlink_to(root / "data")
     # Loose files beside the program shadow the rest, so the author's come along; the settings are ours.
-    for path in ROOT.iterdir():
-        if path.is_file() and path.name not in (PACKED, "tidewheel.xml"):
+    for path in root.iterdir():
+        if path.is_file() and path.name != "tidewheel.xml":
             (folder / path.name).symlink_to(path)
-    (folder / "tidewheel.xml").write_text(private_configuration(show, options, width, height))
+    (folder / "tidewheel.xml").write_text(private_configuration(plan, output))
 
 
 # ---------------------------------------------------------------------------------------------------------------------
@@ -244,24 +234,26 @@ def make_show_folder(show, folder, frames, options, width, height):
 class Progress:
     """One line that is rewritten on a terminal; elsewhere a line every ten seconds."""
 
-    def __init__(self, total):
-        self.total = total
+    def __init__(self, plan):
+        self.total, self.ahead = len(plan.times), plan.ahead
         self.started = time.monotonic()
         self.terminal = sys.stderr.isatty()
         self.shown = 0.0
 
-    def show(self, done, final=False):
+    def show(self, passed, done, final=False):
         now = time.monotonic()
         if not final and now - self.shown < (0.2 if self.terminal else 10.0):
             return
         self.shown = now
-        seconds = max(now - self.started, 1e-3)
-        rate = done / seconds
-        bar = "#" * int(24 * done / max(self.total, 1))
+        drawn, total = passed + done, self.ahead + self.total
+        bar = "#" * int(24 * drawn / max(total, 1))
         line = f"[{bar:<24}] {done} of {self.total} frames"
-        if done:
-            left = (self.total - done) / rate
-            line += f", {rate:.1f} frames/s, {int(left) // 60}:{int(left) % 60:02d} left"
+        if not done and passed:
+            line += f", {passed} of {self.ahead} ahead of them"
+        if drawn:
+            rate = drawn / max(now - self.started, 1e-3)
+            left = int((total - drawn) / rate)
+            line += f", {rate:.1f} frames/s, {left // 60}:{left % 60:02d} left"
         if self.terminal:
             sys.stderr.write("\r" + line + "\x1b[K" + ("\n" if final else ""))
         else:
@@ -269,62 +261,108 @@ class Progress:
         sys.stderr.flush()
 
 
+def ffmpeg(*arguments, **more):
+    """Starts ffmpeg, out of reach of the terminal's Ctrl+C."""
+    return subprocess.Popen(["ffmpeg", "-hide_banner", "-loglevel", "error", "-y", *map(str, arguments)],
+                            start_new_session=True, **more)
+
+
+def scaling(size, bars):
+    """Filters that scale to a size, with black bars where the shapes differ or without."""
+    width, height = size
+    if not bars:
+        return [f"scale={width}:{height}:flags=lanczos"]
+    return [f"scale={width}:{height}:flags=lanczos:force_original_aspect_ratio=decrease:force_divisible_by=2",
+            f"pad={width}:{height}:-1:-1:color=black", "setsar=1"]
+
+
 class Encoder:
-    """ffmpeg, fed with finished frames through a pipe. It writes beside the place of the video; `close` gives what is to
-    go there."""
+    """ffmpeg, which reads raw frames from a pipe. It writes beside the place of the video; `close` gives what is to go
+    there. `hashed` is the sum over the frames' colours, if it was asked for."""
 
-    def __init__(self, plan, music):
-        options, times = plan.options, plan.times
-        self.output = plan.output
-        self.part = plan.output.with_name(plan.output.name + ".part")
-        origin = single(options.start)
-        picture = f"settb=1/90000,setpts='round(({time_expression(times, origin)})/TB)'"
-        if options.scale:
-            picture += ",scale={}:{}:flags=lanczos".format(*options.scale)
-        command = ["ffmpeg", "-hide_banner", "-loglevel", "error", "-y", "-f", "image2pipe", "-c:v", "png",
-                   "-framerate", f"{options.fps_numerator}/{options.fps_denominator}", "-i", "pipe:0"]
-        if music:
-            command += ["-ss", f"{origin:.6f}", "-i", str(music)]
-        command += ["-map", "0:v", "-vf", picture,
-                    "-c:v", "libx264", "-preset", "medium", "-crf", "16", "-pix_fmt", "yuv420p", "-fps_mode", "vfr",
-                    "-enc_time_base", "1/90000", "-video_track_timescale", "90000"]
-        if music:
-            # As long as the pictures: padded where the music is over before, cut where rendering is interrupted.
-            command += ["-map", "1:a", "-c:a", "aac", "-b:a", "256k", "-af", "apad", "-shortest",
-                        "-t", f"{times[-1] - origin + 1 / options.fps:.6f}"]
-        kind = VIDEO_FORMATS[plan.output.suffix.lower()]
-        if kind == "mp4":
-            # Each frame gets its length besides its time: players leave out a last frame that has none.
-            command += ["-bsf:v", f"setts=pts=PTS:dts=DTS:duration=round({1 / options.fps:.9f}/TB)",
-                        "-movflags", "+faststart"]
-        command += ["-metadata", f"comment={plan.mark()}", "-f", kind, str(self.part)]
-        self.process = subprocess.Popen(command, stdin=subprocess.PIPE, start_new_session=True)
+    def __init__(self, plan, temporary, kept):
+        options, times, preset = plan.options, plan.times, plan.preset
+        self.plan = plan
+        self.part = self.between = None
+        self.hashed = ""
+        self.origin = single(options.start)
+        self.rate = f"{options.fps_numerator}/{options.fps_denominator}"
+        command = ["-f", "rawvideo", "-pixel_format", "bgra", "-video_size", f"{plan.width}x{plan.height}",
+                   "-framerate", self.rate, "-i", "pipe:0"]
+        if plan.output:
+            self.part = plan.output.with_name(plan.output.name + ".part")
+            self.music = plan.show.save_music(temporary)
+            self.kind = VIDEO_FORMATS[plan.output.suffix.lower()]
+            filters = [f"settb=1/90000,setpts='round(({time_expression(times, self.origin)})/TB)'"]
+            if preset.bitrate:
+                # Two passes need the frames twice, so they lie lossless in between.
+                self.between = plan.output.with_name(plan.output.name + ".frames.part")
+                command += ["-vf", filters[0], "-c:v", "ffv1", "-level", "3", "-pix_fmt", "bgr0", "-fps_mode", "vfr",
+                            "-enc_time_base", "1/90000", "-f", "nut", self.between]
+            else:
+                if self.music:
+                    command += ["-ss", f"{self.origin:.6f}", "-i", self.music]
+                if options.scale:
+                    filters += scaling(options.scale, False)
+                command += ["-map", "0:v", "-vf", ",".join(filters), *preset.video.split(), "-fps_mode", "vfr",
+                            "-enc_time_base", "1/90000", "-video_track_timescale", "90000", *self._rest()]
+                if self.kind == "mp4":
+                    # Each frame gets its length besides its time: players leave out a last frame that has none.
+                    length = f"duration=round({1 / options.fps:.9f}/TB)"
+                    command[-1:-1] = ["-bsf:v", f"setts=pts=PTS:dts=DTS:{length}"]
+        if kept:
+            command += ["-map", "0:v", "-fps_mode", "passthrough", "-pix_fmt", "rgba", "-start_number", "0",
+                        kept / "frame.%010d.png"]
+        if options.hash:
+            command += ["-map", "0:v", "-fps_mode", "passthrough", "-pix_fmt", "rgb24", "-c:v", "rawvideo",
+                        "-f", "hash", "-hash", "sha256", temporary / "hash"]
+        self.hash_file = temporary / "hash"
+        self.process = ffmpeg(*command, stdin=subprocess.PIPE)
+        self.pipe = self.process.stdin.fileno()
 
-    def write(self, data):
-        try:
-            self.process.stdin.write(data)
-        except BrokenPipeError:
-            raise RenderError("ffmpeg stopped; its message stands above") from None
+    def _rest(self):
+        """The sound, as long as the pictures: padded where the music is over before, cut where rendering is stopped;
+        and the file."""
+        plan = self.plan
+        sound = []
+        if self.music:
+            length = plan.times[-1] - self.origin + 1 / plan.options.fps
+            sound = ["-map", "1:a", *plan.preset.audio.split(), "-af", "apad", "-shortest", "-t", f"{length:.6f}"]
+        flags = ["-movflags", "+faststart"] if self.kind == "mp4" else []
+        return [*sound, *flags, "-metadata", f"comment={plan.mark()}", "-f", self.kind, self.part]
+
+    def _two_passes(self):
+        plan, log = self.plan, self.hash_file.with_name("passes")
+        size = plan.options.scale or plan.preset.size
+        bitrate = int(plan.preset.bitrate * size[0] * size[1] / (plan.preset.size[0] * plan.preset.size[1]))
+        video = ["-vf", ",".join(scaling(size, True)), "-fps_mode", "cfr", "-r", self.rate, *plan.preset.video.split(),
+                 "-b:v", bitrate, "-maxrate", 2 * bitrate, "-bufsize", 2 * bitrate, "-passlogfile", log]
+        sound = ["-ss", f"{self.origin:.6f}", "-i", self.music] if self.music else []
+        for words in (["-map", "0:v", *video, "-pass", 1, "-f", "null", "-"],
+                      ["-map", "0:v", *video, "-pass", 2, *self._rest()]):
+            self.process = ffmpeg("-i", self.between, *sound, *words, stdin=subprocess.DEVNULL)
+            if self.process.wait() != 0:
+                raise RenderError("ffmpeg could not write the video; its message stands above")
 
     def close(self):
         """Ends the video in order, and gives the path of the whole file."""
-        try:
-            self.process.stdin.close()
-        except BrokenPipeError:
-            pass
         if self.process.wait() != 0:
             raise RenderError("ffmpeg could not write the video; its message stands above")
+        if self.between:
+            self._two_passes()
+        if self.hash_file.exists():
+            self.hashed = self.hash_file.read_text().strip()
         return self.part
 
     def drop(self):
         """Ends ffmpeg without a video."""
         self.process.kill()
-        try:
-            self.process.stdin.close()
-        except BrokenPipeError:
-            pass
         self.process.wait()
-        self.part.unlink(missing_ok=True)
+        if self.process.stdin:
+            self.process.stdin.close()
+        for path in (self.part, self.between):
+            if path:
+                path.unlink(missing_ok=True)
 
 
 def finished_video(plan):
@@ -343,13 +381,17 @@ def finished_video(plan):
 
 
 class Display:
-    """The user's display, or a virtual one for the length of a `with` where there is none."""
+    """The user's display, or a virtual one for the length of a `with` where there is none. `check` tells whether the
+    user's can be reached."""
+
+    def __init__(self, check):
+        self.check = check
 
     def __enter__(self):
         self.server = None
         self.environment = dict(os.environ, SDL_AUDIODRIVER="dummy")
         if os.environ.get("DISPLAY") or os.environ.get("WAYLAND_DISPLAY"):
-            check = subprocess.run([DISPLAY_CHECK], capture_output=True, text=True, check=False)
+            check = subprocess.run([self.check], capture_output=True, text=True, check=False)
             if check.returncode == 0:
                 self.environment["SDL_VIDEODRIVER"] = check.stdout.strip()
                 return self
@@ -390,66 +432,51 @@ def stop(process):
         process.wait()
 
 
-def is_finished(path, process, following):
-    """A frame is whole once its PNG end mark is there. The file appears before it is filled."""
-    if following.exists() or process.poll() is not None:
-        return path.exists()
-    try:
-        with open(path, "rb") as file:
-            file.seek(-12, os.SEEK_END)
-            return file.read(12)[4:8] == b"IEND"
-    except OSError:
-        return False
-
-
-def dump(folder, frames, times, interrupted, encoder=None, keep=True):
-    """Runs the program until the wanted frames are there; returns how many there are."""
-    with Display() as display, open(folder / "log", "w+", encoding="utf-8", errors="replace") as log:
-        process = subprocess.Popen([str(PROGRAM)], cwd=folder / "bin", env=display.environment, start_new_session=True,
-                                   stdin=subprocess.DEVNULL, stdout=log, stderr=subprocess.STDOUT)
-        done = collect(process, frames, times, interrupted, encoder, keep)
-        log.seek(0)
-        text = log.read()
-    if done < len(times) and not interrupted.is_set():
-        errors = [line for line in text.splitlines() if line.startswith("Error")] or text.splitlines()[-3:]
-        raise RenderError(f"the program stopped after {done} of {len(times)} frames: " + " ".join(errors))
-    return done
-
-
-def collect(process, frames, times, interrupted, encoder, keep):
-    """Takes finished frames from the running program until all are there; ends the program."""
-    progress = Progress(len(times))
-    done = 0
-    try:
-        while done < len(times) and not interrupted.is_set():
-            path = frames / frame_name(done)
-            if not is_finished(path, process, frames / frame_name(done + 1)):
-                if process.poll() is not None:
-                    break
-                progress.show(done)
-                time.sleep(0.01)
-                continue
-            if encoder:
-                encoder.write(path.read_bytes())
-            if not keep:
-                path.unlink()
-            done += 1
-            progress.show(done)
-            if shutil.disk_usage(frames).free < 64 << 20:
-                raise RenderError(f"the disk that holds {frames} is full; {done} frames were written")
-    finally:
-        stop(process)
-        progress.show(done, final=True)
-        # What the program dumped past the last wanted frame.
-        extra = len(times) if not interrupted.is_set() else done
-        while (frames / frame_name(extra)).exists():
-            (frames / frame_name(extra)).unlink()
-            extra += 1
+def run_renderer(plan, temporary, output, interrupted, told, descriptors=(), started=lambda: None):
+    """Runs the show until `output` has its frames, calling told(frames passed over, frames done); gives how many are
+    done. The renderer inherits the descriptors; `started` is called as soon as it has them."""
+    make_show_folder(plan, temporary, output)
+    passed = done = 0
+    said = []
+    with Display(plan.show.tool("showdisplay")) as display, open(temporary / "log", "w+", encoding="utf-8") as log, \
+            selectors.DefaultSelector() as selector:
+        process = subprocess.Popen([plan.show.renderer], cwd=temporary / "bin", env=display.environment,
+                                   start_new_session=True, stdin=subprocess.DEVNULL, stdout=log, stderr=subprocess.PIPE,
+                                   pass_fds=descriptors)
+        started()
+        try:
+            os.set_blocking(process.stderr.fileno(), False)
+            selector.register(process.stderr, selectors.EVENT_READ)
+            rest = b""
+            ended = False
+            deadline = math.inf
+            while not ended:
+                if selector.select(0.1):
+                    block = process.stderr.read()
+                    ended = block == b""
+                    *lines, rest = (rest + (block or b"")).split(b"\n")
+                    for line in lines:
+                        passed += line.startswith(b"passed ")
+                        done += line.startswith(b"frame ")
+                        if not line.startswith((b"passed ", b"frame ")):
+                            said.append(line.decode("utf-8", "replace"))
+                told(passed, done)
+                if interrupted.is_set() and deadline == math.inf:
+                    process.terminate()
+                    deadline = time.monotonic() + 30
+                if time.monotonic() > deadline:
+                    process.kill()
+        finally:
+            stop(process)
+            process.stderr.close()
+    if done < len(plan.times) and not interrupted.is_set():
+        errors = [line for line in said if line.startswith("Error")] or said[-3:]
+        raise RenderError(f"the program stopped after {done} of {len(plan.times)} frames: " + " ".join(errors))
     return done
 
 
 def frame_name(index):
-    """The dump's names: the first frame is number 0."""
+    """The program's own names for dumped frames: the first is number 0."""
     return f"frame.{index:010d}.png"
 
 
@@ -497,57 +524,107 @@ def seconds(text):
 
 def maker_of(options):
     """Which kind of thing is to be made goes by the ending of its name."""
-    ending = Path(options.sheet or options.output).suffix
     if options.sheet:
-        if ending.lower() not in SHEET_ENDINGS:
+        if Path(options.sheet).suffix.lower() not in SHEET_ENDINGS:
             raise RenderError(f"'{options.sheet}': a contact sheet ends in " + " or ".join(SHEET_ENDINGS))
         return make_sheet
+    if options.output is None:
+        return make_video # only its checksum
+    ending = Path(options.output).suffix
+    if options.still is not None:
+        if ending.lower() not in ("", ".png"):
+            raise RenderError(f"'{options.output}': a still ends in .png")
+        options.output = str(Path(options.output).with_suffix(".png"))
+        return make_still
     if ending.lower() in VIDEO_FORMATS:
         return make_video
     # A folder's name may have a dot in it, but what looks like a file is hardly meant to be thousands of pictures.
     is_folder = options.output.endswith("/") or Path(options.output).is_dir()
+    if not is_folder and ending.lower() in PICTURE_ENDINGS:
+        raise RenderError(f"'{options.output}': one picture takes --still SECONDS, many take the name of a folder")
     if not is_folder and re.fullmatch(r"\.(?=.*[A-Za-z])\w{2,5}", ending):
         raise RenderError(f"'{options.output}': a video ends in .mp4 or .mkv, and pictures go into a folder")
     return make_pictures
 
 
-def parse(arguments):
+def command_line():
     parser = argparse.ArgumentParser(
         prog="./render", formatter_class=argparse.RawDescriptionHelpFormatter,
-        description="Renders the show offline: every frame, however slow the machine.",
+        usage="./render [NAME] [OPTIONS] OUT",
+        description="Renders a show offline: every frame, however slow the machine.",
         epilog="examples:\n"
                "  ./render show.mp4                        the whole show as a video with its music\n"
+               "  ./render first first.mp4 --preset web    the show of shows/first, for a web page\n"
                "  ./render frames --from 30 --to 40        ten seconds as numbered PNG files\n"
+               "  ./render star.png --still 138 --fast     one picture\n"
                "  ./render show.mkv --fps 60 --frameskip 2 effects run at 120 steps a second\n"
                "  ./render --contact-sheet sheet.png       a picture of the whole show, a frame every two seconds\n\n"
                "Ctrl+C ends the rendering and keeps what was written. README.md tells how long the whole show takes.")
-    parser.add_argument("output", metavar="OUT", nargs="?",
-                        help="a folder for numbered PNG files, or a video that ends in .mp4 or .mkv")
+    parser.add_argument("names", metavar="[NAME] OUT", nargs="*",
+                        help="NAME: a show in shows/, or a path with a slash in it (the show of this tree). "
+                             "OUT: a folder for numbered PNG files, or a video that ends in .mp4 or .mkv")
+    parser.add_argument("--show", metavar="FOLDER", help="a show as it lies there, with its program in bin/; nothing is "
+                                                         "built")
     parser.add_argument("--from", dest="start", type=seconds, metavar="SECONDS",
                         help="where in the show to begin (0; for a contact sheet 1, between the cuts)")
     parser.add_argument("--to", dest="end", type=seconds, metavar="SECONDS", help="where to end (the show's end)")
+    way = parser.add_mutually_exclusive_group()
+    way.add_argument("--exact", action="store_true",
+                     help="run the show up to --from first, so that what lives from frame to frame is as in the whole "
+                          "show (the default, but for contact sheets)")
+    way.add_argument("--fast", action="store_true", help="begin at --from at once")
+    parser.add_argument("--still", type=seconds, metavar="SECONDS", help="write the one picture of that second to OUT.png")
+    parser.add_argument("--contact-sheet", dest="sheet", metavar="OUT.png",
+                        help="write one picture with a frame every two seconds (every 1/RATE with --fps)")
+    parser.add_argument("--preset", choices=[name for name in PRESETS if name],
+                        help="; ".join(f"{name}: {preset.about}" for name, preset in PRESETS.items() if name))
     parser.add_argument("--fps", type=ratio, metavar="RATE", help="frames a second: 25, 29.97 or 30000/1001 (30)")
     parser.add_argument("--frameskip", type=int, metavar="N",
                         help="frames drawn for each one written; effects that live from frame to frame run smoother (1)")
     parser.add_argument("--size", type=size(2048), metavar="WxH",
                         help="size of the pictures (the show's own, 800x600); "
-                             f"{FIXED_EFFECTS} are made for 800x600 and look displaced at another")
+                             f"{', '.join(FIXED_EFFECTS)} are made for 800x600 and look displaced at another")
     parser.add_argument("--scale", type=size(8192), metavar="WxH",
                         help="scale a video to this size: the way to a larger one, with all effects in place")
     parser.add_argument("--keep", action="store_true", help="keep the frames of a video too, in OUT.frames")
     parser.add_argument("--keep-finished", action="store_true",
                         help="do nothing where OUT is the finished video of this very show already")
-    parser.add_argument("--contact-sheet", dest="sheet", metavar="OUT.png",
-                        help="write one picture with a frame every two seconds (every 1/RATE with --fps)")
+    parser.add_argument("--resume", action="store_true",
+                        help="go on with numbered pictures where an earlier rendering was stopped: what is there stays")
+    parser.add_argument("--hash", action="store_true",
+                        help="print a checksum of all frames' colours; needs no OUT. Two runs on a machine give the same")
+    return parser
+
+
+def parse(arguments):
+    parser = command_line()
     options = parser.parse_args(arguments)
-    if (options.output is None) == (options.sheet is None):
-        parser.error("give either OUT or --contact-sheet OUT.png")
+    # With a place for the output of its own, what is left is the show.
+    most = 1 if options.sheet else 2
+    if len(options.names) > most:
+        parser.error(f"'{options.names[most]}' is one name too many")
+    options.output = options.names.pop() if options.names and not options.sheet else None
+    options.name = options.names[0] if options.names else None
+    if options.output is None and not options.sheet and not options.hash:
+        parser.error("give OUT or --contact-sheet OUT.png")
+    if options.name and options.show:
+        parser.error("give either NAME or --show FOLDER")
+    if options.still is not None and (options.sheet or not options.output):
+        parser.error("--still needs OUT, and nothing else to be made")
+    preset = PRESETS[options.preset]
     try:
         options.maker = maker_of(options)
     except RenderError as error:
         parser.error(str(error))
-    if options.scale and options.maker is not make_video:
-        parser.error("--scale is for videos")
+    is_video = options.maker is make_video and options.output
+    if not is_video and (options.scale or options.preset or options.keep):
+        parser.error("--scale, --preset and --keep are for videos")
+    if is_video and Path(options.output).suffix.lower() not in preset.formats:
+        parser.error(f"--preset {options.preset} is for " + " and ".join(preset.formats))
+    if options.resume and options.maker is not make_pictures:
+        parser.error("--resume is for numbered pictures")
+    if options.hash and options.maker not in (make_video, make_pictures):
+        parser.error("--hash is for videos and numbered pictures")
     if options.frameskip is None:
         # A sheet's frames lie far apart; what builds up over frames needs steps in between.
         options.frameskip = 24 if options.sheet and not options.fps else 1
@@ -555,7 +632,7 @@ def parse(arguments):
         parser.error("--frameskip must lie between 1 and 1000")
     if options.start is None:
         options.start = 1.0 if options.sheet else 0.0
-    options.fps_numerator, options.fps_denominator = options.fps or ((1, 2) if options.sheet else (30, 1))
+    options.fps_numerator, options.fps_denominator = options.fps or preset.fps or ((1, 2) if options.sheet else (30, 1))
     options.fps = options.fps_numerator / options.fps_denominator
     return options
 
@@ -567,25 +644,34 @@ def parse(arguments):
 class Plan:
     """What is to be made, from which everything else follows."""
 
-    def __init__(self, options):
-        if not PROGRAM.is_file():
-            raise RenderError(f"{PROGRAM} is not built")
+    def __init__(self, options, folder):
         self.options = options
-        self.show = Show()
-        self.width, self.height = options.size or self.show.size()
+        self.preset = PRESETS[options.preset]
+        self.show = Show(folder)
+        own = (self.show.width, self.show.height)
+        self.width, self.height = options.size or (own if min(own) > 0 else FIXED_SIZE)
+        step = 1 / options.fps / options.frameskip
+        start, end = options.start, options.end
+        if options.still is not None:
+            start, end = max(options.still - step, 0.0), options.still
+        self.clock_start = start if options.fast or options.sheet and not options.exact else 0.0
         # Half a step of grace: the running sum may pass a round number by a hair. Past its end the show draws no more.
-        grace = 0.5 / options.fps / options.frameskip
-        end = self.show.end if options.end is None else min(options.end + grace, self.show.end)
-        self.times = frame_times(options.start, end, options.fps, options.frameskip)
-        if not self.times:
-            raise RenderError(f"there is nothing to render from {options.start} to {end:g} seconds")
-        self.output = Path(options.sheet or options.output).absolute()
+        end = self.show.end if end is None else min(end + 0.5 * step, self.show.end)
+        times = frame_times(self.clock_start, end, options.fps, options.frameskip)
+        # How many frames are drawn ahead and left out, for what lives from frame to frame.
+        self.ahead = sum(now <= start + 0.5 * step for now in times) if start > self.clock_start else 0
+        if options.still is not None and times:
+            self.ahead = max(0, len(times) - 1)
+        self.times = times[self.ahead:]
+        if not self.times or options.still is not None and options.still > self.show.end:
+            raise RenderError(f"there is nothing to render from {start:g} to {end:g} seconds")
+        out = options.sheet or options.output
+        self.output = Path(out).absolute() if out else None
 
     def mark(self):
         """A text for a finished video by which it is known again: one for each show and way to render it."""
-        settings = private_configuration(self.show, self.options, self.width, self.height)
-        what = f"{settings} {self.options.scale} {len(self.times)} {self.show.files.digest()}"
-        return "rendered " + hashlib.sha256(what.encode()).hexdigest()
+        what = f"{private_configuration(self, '')} {self.options.scale} {self.preset} {self.ahead} {len(self.times)}"
+        return "rendered " + hashlib.sha256(f"{what} {self.show.digest()}".encode()).hexdigest()
 
 
 def make_folder(folder):
@@ -598,16 +684,38 @@ def make_folder(folder):
     return folder
 
 
-def draw(plan, temporary, frames, interrupted, kept, encoder=None):
-    """Renders into the folder `frames`, where `kept` pictures lie at a time; returns how many were drawn."""
-    for old in frames.glob("frame.??????????.png"):
-        old.unlink()
+def check_space(plan, folder, kept):
+    """Is there space for so many pictures?"""
     needed = int(kept * plan.width * plan.height * BYTES_PER_PIXEL) + (128 << 20)
-    free = shutil.disk_usage(frames).free
+    free = shutil.disk_usage(folder).free
     if free < needed:
-        raise RenderError(f"{frames} needs about {needed >> 20} MB, and only {free >> 20} MB are free there")
-    make_show_folder(plan.show, temporary, frames, plan.options, plan.width, plan.height)
-    return dump(temporary, frames, plan.times, interrupted, encoder, keep=kept >= len(plan.times))
+        raise RenderError(f"{folder} needs about {needed >> 20} MB, and only {free >> 20} MB are free there")
+
+
+def draw(plan, temporary, interrupted, encoder=None, frames=None):
+    """Draws into an encoder or a folder; returns how many frames it took."""
+    where = f"raw:{plan.ahead}:{len(plan.times)}:{encoder.pipe}" if encoder else \
+        f"png:{plan.ahead}:{len(plan.times)}:{frames}/frame."
+    progress = Progress(plan)
+    done = 0
+
+    def told(*counts):
+        nonlocal done
+        done = counts[1]
+        progress.show(*counts)
+
+    try:
+        # The way to the encoder becomes the renderer's alone: the video ends when the renderer does.
+        if encoder:
+            return run_renderer(plan, temporary, where, interrupted, told, [encoder.pipe], encoder.process.stdin.close)
+        return run_renderer(plan, temporary, where, interrupted, told)
+    except RenderError:
+        # If it is the encoder that stopped, that is the cause of all else.
+        if encoder and encoder.process.wait() != 0:
+            raise RenderError("ffmpeg stopped; its message stands above") from None
+        raise
+    finally:
+        progress.show(plan.ahead, done, final=True)
 
 
 def put(part, plan, stopped):
@@ -620,57 +728,96 @@ def put(part, plan, stopped):
 
 
 def make_pictures(plan, temporary, interrupted):
-    done = draw(plan, temporary, make_folder(plan.output), interrupted, len(plan.times))
+    folder = make_folder(plan.output)
+    unfinished, mark = folder / UNFINISHED, plan.mark()
+    if not plan.options.resume:
+        for old in folder.glob("frame.??????????.png"):
+            old.unlink()
+    elif not unfinished.is_file() or unfinished.read_text() != mark:
+        raise RenderError(f"{folder} holds no rendering of this show, with these options, that was stopped")
+    check_space(plan, folder, len(plan.times))
+    unfinished.write_text(mark)
+    draw(plan, temporary, interrupted, frames=folder)
+    names = [folder / frame_name(index) for index in range(len(plan.times))]
+    done = sum(path.exists() for path in names)
+    if done == len(names):
+        unfinished.unlink()
+        if plan.options.hash:
+            hashing = ffmpeg("-i", folder / "frame.%010d.png", "-fps_mode", "passthrough", "-pix_fmt", "rgb24", "-c:v",
+                             "rawvideo", "-f", "hash", "-hash", "sha256", "-", stdout=subprocess.PIPE, text=True)
+            print(hashing.communicate()[0].strip())
     return done, plan.output
 
 
 def make_video(plan, temporary, interrupted):
-    make_folder(plan.output.parent)
-    keep = plan.options.keep
-    frames = make_folder(plan.output.with_name(plan.output.name + ".frames") if keep else temporary / "frames")
-    music = None
-    data = plan.show.files.read(plan.show.music_name) if plan.show.music_name else None
-    if data is not None:
-        music = temporary / ("music" + Path(plan.show.music_name).suffix)
-        music.write_bytes(data)
-    encoder = Encoder(plan, music)
+    kept = None
+    if plan.output:
+        make_folder(plan.output.parent)
+    if plan.options.keep:
+        kept = make_folder(plan.output.with_name(plan.output.name + ".frames"))
+        for old in kept.glob("frame.??????????.png"):
+            old.unlink()
+        check_space(plan, kept, len(plan.times))
+    encoder = Encoder(plan, temporary, kept)
     try:
-        done = draw(plan, temporary, frames, interrupted, len(plan.times) if keep else 50, encoder)
-        return done, put(encoder.close(), plan, interrupted.is_set()) if done else None
+        done = draw(plan, temporary, interrupted, encoder)
+        if not done:
+            return 0, None
+        part = encoder.close()
+        if encoder.hashed and not interrupted.is_set():
+            print(encoder.hashed)
+        return done, put(part, plan, interrupted.is_set()) if part else "The checksum"
     finally:
         encoder.drop()
+
+
+def make_still(plan, temporary, interrupted):
+    make_folder(plan.output.parent)
+    if draw(plan, temporary, interrupted, frames=make_folder(temporary / "frames")) == 0:
+        return 0, None
+    return 1, move(temporary / "frames" / frame_name(0), plan, False)
 
 
 def make_sheet(plan, temporary, interrupted):
     """All frames in one picture, ten in a row."""
     make_folder(plan.output.parent)
     frames = make_folder(temporary / "frames")
-    done = draw(plan, temporary, frames, interrupted, len(plan.times))
+    check_space(plan, frames, len(plan.times))
+    draw(plan, temporary, interrupted, frames=frames)
+    # Of frames that were stopped, those up to the first that is missing.
+    done = next((index for index in range(len(plan.times)) if not (frames / frame_name(index)).exists()),
+                len(plan.times))
     if not done:
         return done, None
     part = temporary / ("sheet" + plan.output.suffix)
-    command = ["ffmpeg", "-hide_banner", "-loglevel", "error", "-y", "-framerate", "1", "-i",
-               str(frames / "frame.%010d.png"), "-frames:v", "1", "-update", "1",
-               "-vf", f"scale=200:-2:flags=area,tile=10x{(done + 9) // 10}:padding=2:color=black", str(part)]
-    if subprocess.run(command, check=False, start_new_session=True).returncode != 0:
+    rows = (done + 9) // 10
+    tiling = ffmpeg("-framerate", "1", "-i", frames / "frame.%010d.png", "-frames:v", "1", "-update", "1",
+                    "-vf", f"scale=200:-2:flags=area,tile=10x{rows}:padding=2:color=black", part)
+    if tiling.wait() != 0:
         raise RenderError("ffmpeg could not write the contact sheet")
+    return done, move(part, plan, interrupted.is_set())
+
+
+def move(path, plan, stopped):
+    """Brings a finished picture to its place from another disk, never half of it."""
     beside = plan.output.with_name(plan.output.name + ".part")
     try:
-        shutil.copyfile(part, beside)
-        return done, put(beside, plan, interrupted.is_set())
+        shutil.copyfile(path, beside)
+        return put(beside, plan, stopped)
     finally:
         beside.unlink(missing_ok=True)
 
 
-def render(options):
-    plan = Plan(options)
-    if options.maker is not make_pictures and not shutil.which("ffmpeg"):
+def render(options, folder):
+    plan = Plan(options, folder)
+    if (options.maker not in (make_pictures, make_still) or options.hash) and not shutil.which("ffmpeg"):
         raise RenderError("ffmpeg is not installed; give a folder instead, for numbered pictures")
     if options.keep_finished and finished_video(plan):
         print(f"{plan.output} is the finished video of this show already. Remove it to have it rendered anew.")
         return 0
-    if (plan.width, plan.height) != FIXED_SIZE:
-        print(f"Note: {FIXED_EFFECTS} are made for 800x600 and look displaced at another size. A larger video is made "
+    displaced = [name for name in FIXED_EFFECTS if name in plan.show.effects]
+    if (plan.width, plan.height) != FIXED_SIZE and displaced:
+        print(f"Note: {', '.join(displaced)}: made for 800x600 and displaced at another size. A larger video is made "
               "with --scale.", file=sys.stderr)
 
     interrupted = threading.Event()
@@ -687,18 +834,22 @@ def render(options):
     return 0
 
 
-def build():
-    """Installs what is missing and builds the show; gives the status of that."""
+def build(folder):
+    """Installs what is missing and builds the shows, among them one in a folder elsewhere; gives the status of that."""
+    inside = folder == TREE or folder.parent == TREE / "shows"
+    more = "" if inside else ' "-DTIDEWHEEL_SHOWS=$1"'
     steps = ('set -euo pipefail; . scripts/setup.sh; need_packages "${build_packages[@]}" "${render_packages[@]}"; '
-             'build_show')
-    return subprocess.run(["bash", "-c", steps], cwd=ROOT, check=False).returncode
+             f'build "the show" release --preset release{more}')
+    return subprocess.run(["bash", "-c", steps, "bash", folder], cwd=TREE, check=False).returncode
 
 
 def main():
     try:
         options = parse(sys.argv[1:])
-        # A show that lies elsewhere is somebody else's to build.
-        return (0 if os.environ.get("RENDER_ROOT") else build()) or render(options)
+        if options.show:
+            return render(options, Path(options.show).absolute())
+        folder = find_show(options.name) if options.name else TREE
+        return build(folder) or render(options, folder)
     except KeyboardInterrupt:
         return 130
     except RenderError as error:

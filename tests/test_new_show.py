@@ -3,6 +3,7 @@
 import array
 import os
 import pathlib
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -50,6 +51,15 @@ class NewShow(unittest.TestCase):
         self.assertNotEqual(blue, pixel(0, WIDTH // 2, HEIGHT // 2))    # the cube
         self.assertEqual(blue, pixel(2, WIDTH // 2, HEIGHT // 2))
         self.assertNotEqual(blue, pixel(2, WIDTH // 2, 146))           # the inner ring
+
+    def test_its_script_is_fine_by_its_own_table_of_effects(self):
+        with tempfile.TemporaryDirectory(prefix="newshow-") as name:
+            root = pathlib.Path(name) / "show"
+            shutil.copytree(SHOW, root)
+            (root / "data/script.xml").write_text(SCRIPT.replace("count", "cuont").replace("none", "linear"))
+            done = subprocess.run([os.environ["TIMELINE"], "check", "--show", root], stdout=subprocess.PIPE,
+                                  text=True)
+        self.assertRegex(done.stdout, r"\A[^\n]*script.xml:4: [^\n]*'cuont'[^\n]*\n\Z")
 
     def test_the_click_is_on_the_beat(self):
         with wave.open(str(SHOW / "data/click.wav")) as file:

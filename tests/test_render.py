@@ -10,12 +10,12 @@ import sys
 import tempfile
 import unittest
 
-from showfolder import clear_entry, wait_until
+from showfolder import Picture, clear_entry, wait_until
 
 RENDER = pathlib.Path(__file__).resolve().parent.parent / "scripts/render.py"
 PROGRAM = pathlib.Path(os.environ["SHOW_PROGRAM"])
 PATIENCE = 300.0
-FEW = ("--from", "30", "--to", "31", "--fps", "10")
+FEW = ("--fast", "--from", "30", "--to", "31", "--fps", "10")
 
 
 def names(count):
@@ -36,15 +36,14 @@ class Rendering(unittest.TestCase):
         self.path = pathlib.Path(temporary.name)
         self.root = self.path / "root"
         (self.root / "bin").mkdir(parents=True)
-        for program in (PROGRAM, PROGRAM.with_name("showdisplay")):
-            (self.root / "bin" / program.name).symlink_to(program)
+        renderer = PROGRAM.with_name(PROGRAM.name + "-render")
+        (self.root / "bin" / renderer.name).symlink_to(renderer)
         (self.root / "data").symlink_to(os.environ["SHOW_DATA"])
         (self.root / "tidewheel.xml").write_bytes((self.root / "data/tidewheel.xml").read_bytes())
 
     def start(self, *arguments, **environment):
-        return subprocess.Popen([sys.executable, RENDER, *arguments], cwd=self.path, text=True, stdout=subprocess.PIPE,
-                                stderr=subprocess.PIPE,
-                                env={**os.environ, "RENDER_ROOT": str(self.root), **environment})
+        return subprocess.Popen([sys.executable, RENDER, "--show", self.root, *arguments], cwd=self.path, text=True,
+                                stdout=subprocess.PIPE, stderr=subprocess.PIPE, env={**os.environ, **environment})
 
     def render(self, *arguments, status=0, **environment):
         """Renders, and gives what is said; the show of the author stays as it is."""
@@ -77,6 +76,61 @@ class Rendering(unittest.TestCase):
         self.render("new/frames", *FEW[:-1], "3", "--frameskip", "2", "--size", "160x120", DISPLAY=":9999")
         self.assertEqual(names(3), self.written("new/frames"))
         self.assertEqual({(160, 120)}, {size_of(self.path / "new/frames" / name) for name in names(3)})
+
+    def test_pixels_are_the_programs_own(self):
+        folder = self.path / "program"
+        (folder / "bin").mkdir(parents=True)
+        (folder / "screenshots").mkdir()
+        (folder / "data").symlink_to(self.root / "data")
+        text = (self.root / "tidewheel.xml").read_text().replace('start="0.00"', 'start="30"').replace(
+            "</demo>", '<videodump name="frame.png" fps="10" frameskip="1"/></demo>')
+        (folder / "tidewheel.xml").write_text(text)
+        with subprocess.Popen([PROGRAM], cwd=folder / "bin", stdout=subprocess.DEVNULL) as run:
+            wait_until((folder / "screenshots" / names(4)[3]).exists, "no frames")
+            run.terminate()
+        self.render("frames", *FEW)
+        self.render("show.mp4", *FEW, "--keep")
+        for name in names(3):
+            own = Picture(folder / "screenshots" / name).pixels
+            self.assertEqual(own, Picture(self.path / "frames" / name).pixels)
+            self.assertEqual(own, Picture(self.path / "show.mp4.frames" / name).pixels)
+
+    def test_a_part_is_as_in_the_whole(self):
+        """Its frames, by their checksum; --fast begins without what was ahead of them."""
+        self.render("whole", "--to", "3", "--fps", "10")
+        self.render("part", "--from", "2", "--to", "3", "--fps", "10")
+        self.render("still", "--still", "3", "--fps", "10")
+        whole, part = self.written("whole"), self.written("part")
+        for theirs, ours in (("part/" + part[-1], "whole/" + whole[-1]), ("part/" + part[0], "whole/" + whole[20]),
+                             ("still.png", "whole/" + whole[-1])):
+            self.assertEqual((self.path / theirs).read_bytes(), (self.path / ours).read_bytes())
+
+    def test_checksums_and_going_on(self):
+        hashed = [self.render(*out, *FEW, "--hash").splitlines()[0] for out in ((), ("frames",), ("show.mkv",))]
+        self.assertEqual({hashed[0]}, set(hashed))
+        self.assertRegex(hashed[0], "^SHA256=[0-9a-f]{64}$")
+        self.assertIn("stopped", self.render("frames", *FEW, "--resume", status=1))
+        self.stop("half", *FEW[:3], after="half/" + names(4)[-1])
+        first = (self.path / "half" / names(1)[0]).stat().st_mtime_ns
+        self.assertIn("these options", self.render("half", "--resume", status=1))
+        there = len(self.written("half"))
+        self.stop("half", *FEW[:3], "--resume", after="half/" + names(there + 3)[-1])
+        self.assertEqual(first, (self.path / "half" / names(1)[0]).stat().st_mtime_ns)
+
+    def test_presets(self):
+        def streams(name):
+            return json.loads(subprocess.check_output(
+                ["ffprobe", "-v", "error", "-show_streams", "-of", "json", self.path / name]))["streams"]
+
+        self.render("party.mp4", *FEW, "--preset", "party", "--scale", "1280x720")
+        picture, sound = streams("party.mp4")
+        self.assertEqual(("h264", "Main", 1280, 720, "10/1", "1:1", "aac"), (*(picture[key] for key in (
+            "codec_name", "profile", "width", "height", "r_frame_rate", "sample_aspect_ratio")), sound["codec_name"]))
+        hashed = self.render("archive.mkv", *FEW, "--preset", "archive", "--hash")
+        again = subprocess.check_output(["ffmpeg", "-v", "error", "-i", self.path / "archive.mkv", "-map", "0:v",
+                                         "-pix_fmt", "rgb24", "-fps_mode", "passthrough", "-c:v", "rawvideo", "-f",
+                                         "hash", "-"], text=True)
+        self.assertIn(again, hashed)
 
     def test_a_video_with_its_music(self):
         for name in ("a/show.mp4", "show.mkv"):
@@ -114,17 +168,19 @@ class Rendering(unittest.TestCase):
         (self.path / "temporary").mkdir()
         said = self.stop("frames", after="frames/" + names(4)[-1], TMPDIR=str(self.path / "temporary"))
         written = self.written("frames")
-        self.assertEqual(names(len(written)), written)
+        self.assertIn(".unfinished", written)
+        written.remove(".unfinished")
         self.assertIn("holds %d of" % len(written), said)
         self.assertEqual({(800, 600)}, {size_of(self.path / "frames" / name) for name in written})
         self.assertEqual([], self.written("temporary"))
 
     def test_says_what_it_does_and_what_it_cannot_do(self):
         self.assertIn("--contact-sheet", self.render("--help"))
-        for arguments in ((), ("a", "b"), ("a", "--contact-sheet", "b.png"), ("a", "--fps", "0"), ("a", "--fps", "x"),
+        for arguments in ((), ("a", "b", "c"), ("a", "--contact-sheet", "b.png"), ("a.png",), ("a", "--preset", "web"),
+                          ("a.mp4", "--preset", "archive"), ("a.mp4", "--resume"), ("--still", "1"), ("a", "--fps", "0"), ("a", "--fps", "x"),
                           ("a", "--from", "-1"), ("a", "--to", "nan"), ("a", "--size", "801x600"),
                           ("a", "--size", "9x9"), ("a", "--frameskip", "0"), ("a", "--unknown"),
-                          ("show.avi",), ("a", "--scale", "80x60"), ("--contact-sheet", "b")):
+                          ("show.avi",), ("a", "--scale", "80x60"), ("--contact-sheet", "b"), ("a.jpg", "--still", "1")):
             with self.subTest(arguments=arguments):
                 self.assertIn("usage: ./render", self.render(*arguments, status=2))
         self.assertIn("nothing to render", self.render("a", "--from", "300", status=1))
@@ -132,7 +188,7 @@ class Rendering(unittest.TestCase):
         self.assertIn("Error: ", self.render("file/frames", *FEW, status=1))
         self.assertEqual(["file", "root"], self.written("."))
         (self.root / "data").unlink()
-        self.assertEqual("Error: the script 'glacier.xml' was not found\n", self.render("a", *FEW, status=1))
+        self.assertIn("Error: 'glacier.xml' is in no archive of the show", self.render("a", *FEW, status=1))
 
 
 if __name__ == "__main__":

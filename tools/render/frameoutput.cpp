@@ -76,6 +76,7 @@ bool FrameOutput::openForWrite(const std::string& name, const Format& format, AM
 void FrameOutput::writeFrame()
 {
     const int number = mDrawn++ - mFirst;
+    if (number < 0) std::fprintf(stderr, "passed %d\n", mDrawn);
     if (number < 0 || (mCount > 0 && number >= mCount)) return;
     if (mIsRaw || ::access(pathOf(number).c_str(), F_OK) != 0)
     {

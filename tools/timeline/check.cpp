@@ -8,7 +8,10 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <filesystem>
 #include <iterator>
+#include <string>
+#include <system_error>
 #include <utility>
 
 namespace Timeline
@@ -61,6 +64,15 @@ std::vector<Finding> gather(const Options& options, const EffectTable& effects)
     return all;
 }
 
+// The table that the show brings along in its folder, if it does and is what is checked; empty otherwise.
+std::string tableOfShow(const Options& options)
+{
+    if (!options.files.empty() && options.show.empty()) return "";
+    const std::filesystem::path table = std::filesystem::path(showFolder(options.show)) / "effects.xml";
+    std::error_code trouble;
+    return std::filesystem::is_regular_file(table, trouble) ? table.string() : "";
+}
+
 const char* word(Severity severity)
 {
     return severity == Severity::ERROR ? "error" : "warning";
@@ -98,15 +110,18 @@ void addCheck(CLI::App& app, int& status)
     command->add_option("FILE", options->files, "Scripts, - for the standard input; without one, the whole show")
         ->type_name("");
     addShow(*command, options->show);
-    command->add_option("--effects", options->effects, "A table of effects in place of the built-in one")
+    command
+        ->add_option("--effects", options->effects,
+                     "A table of effects in place of the show's effects.xml or the built-in one")
         ->type_name("TABLE");
     addJson(*command, options->json);
     command->callback([options, &status] {
         std::vector<Finding> findings;
-        if (options->effects.empty())
+        const std::string table = options->effects.empty() ? tableOfShow(*options) : options->effects;
+        if (table.empty())
             findings = gather(*options, EffectTable::builtIn());
         else
-            findings = gather(*options, EffectTable(readFile(options->effects), options->effects));
+            findings = gather(*options, EffectTable(readFile(table), table));
         if (options->json)
             printAsJson(findings);
         else

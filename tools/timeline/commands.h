@@ -32,5 +32,6 @@ void addBeats(CLI::App& app, int& status);
 void addSheet(CLI::App& app, int& status);
 void addWhy(CLI::App& app, int& status);
 void addDocumentation(CLI::App& app, int& status);
+void addFacts(CLI::App& app, int& status);
 
 } // namespace Timeline

@@ -20,7 +20,7 @@ const Add COMMANDS[] = {
     Timeline::addDelete,        Timeline::addRename,  Timeline::addEnable, Timeline::addDisable,
     Timeline::addMerge,         Timeline::addExtract, Timeline::addSet,    Timeline::addFormat,
     Timeline::addMergeComments, Timeline::addBeats,   Timeline::addSheet,  Timeline::addWhy,
-    Timeline::addDocumentation,
+    Timeline::addDocumentation, Timeline::addFacts,
 };
 
 // The words behind the program's name, the last one first. A negative number gets a blank ahead, so that it is not

@@ -18,6 +18,10 @@ Show::Show(const std::string& folder) : mFolder(folder.empty() ? "./" : folder)
     addFolder(mFolder.empty() ? "./" : mFolder);
     addFolder(mFolder + "data/");
     mArchives.addArchive("zip://" + mFolder + PACKED_SHOW);
+    // Any other show is packed under the name of its folder.
+    const std::filesystem::path own = std::filesystem::canonical(mFolder.empty() ? "./" : mFolder);
+    const std::string packed = mFolder + own.filename().string() + ".sdr";
+    if (packed != mFolder + PACKED_SHOW && std::filesystem::exists(packed)) mArchives.addArchive("zip://" + packed);
 
     mConfiguration = std::make_unique<Document>(readText(CONFIGURATION_FILE), false, labelOf(CONFIGURATION_FILE));
     const Node& root = mConfiguration->root();

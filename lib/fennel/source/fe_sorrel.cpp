@@ -310,7 +310,7 @@ Camera* Engine::getCamera(const std::string& name) const
 void Engine::setActiveCamera(const std::string& name)
 {
     Camera* camera = getCamera(name);
-    if (!camera) throw Exception("Engine::setActiveCamera, No camera '%s' in the scene", name.c_str());
+    if (!camera) throw Exception("Engine::setActiveCamera, No camera '%s' in '%s'", name.c_str(), mSceneFile.c_str());
     activateCamera(camera);
 }
 
