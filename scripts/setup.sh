@@ -83,7 +83,8 @@ count_steps()
     [ ! -t 1 ] || printf '\r\e[K'
 }
 
-# build WHAT FOLDER OPTION... configures build/FOLDER and builds it, and says so where there is something to do.
+# build WHAT FOLDER OPTION... configures build/FOLDER and builds it, or only the targets in build_targets, and says so
+# where there is something to do.
 build()
 {
     local what=$1 folder=build/$2 log=build/$2.log told= home
@@ -97,14 +98,19 @@ build()
         told=yes
     fi
     cmake -S . -B "$folder" -G Ninja "$@" >"$log" 2>&1 &&
-        cmake --build "$folder" 2>&1 | count_steps "$what" "$log" || {
+        cmake --build "$folder" ${build_targets:+--target $build_targets} 2>&1 | count_steps "$what" "$log" || {
         grep -vE '^\[[0-9]+/[0-9]+\] (Building|Linking)' "$log" | tail -n 200 >&2
         fail "The build failed; the lines above say where, and $log has all of it."
     }
 }
 
-# build_show builds bin/ourglacierheartcold and packs the show's data, both optimised and without tests.
-build_show() { build "the show" release --preset release; }
+# build_show [TARGET...] builds what plays: bin/ourglacierheartcold, bin/showdisplay and the packed data, optimised and
+# without tests; and what further TARGETs there are. The tools, more than half of a build, are not among it.
+build_show()
+{
+    local build_targets="show-ourglacierheartcold showdisplay showdata $*"
+    build "the show" release --preset release
+}
 
 # own_temporary_folder gives everything that runs from here a place for temporary files that goes with the script.
 own_temporary_folder()
