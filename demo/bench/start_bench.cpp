@@ -5,8 +5,8 @@
 #include "am.h"
 #include "y3d_manager.h"
 
+#include <GL/glu.h>
 #include <SDL.h>
-#include <SDL_opengl.h> // with GLU
 #include <benchmark/benchmark.h>
 #include <sndfile.h>
 
