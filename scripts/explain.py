@@ -12,7 +12,7 @@ import subprocess
 import sys
 import threading
 
-from showroot import CONFIGURATION, TREE, ShowRoot, tool
+from showroot import BIN, CONFIGURATION, TREE, ShowRoot, tool
 
 # What the error says, and the codes of the findings that can be behind it.
 CAUSES = (
@@ -26,7 +26,10 @@ TRUE_COLOUR = ((8, 2), (8, 6))                                                # 
 
 
 def findings(show):
-    """What is wrong with a show, as `timeline check` finds it."""
+    """What is wrong with a show, as `timeline check` finds it. Who only plays has not built that yet."""
+    if not all((BIN / name).exists() for name in ("timeline", "y3d")):
+        subprocess.run(["bash", "-c", ". scripts/setup.sh; build_show timeline y3dtool"], cwd=TREE, check=False,
+                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
     try:
         status, output, _ = tool("timeline", "check", "--show", show.folder, "--json", *show.effect_table())
         found = json.loads(output) if status in (0, 1) else []

@@ -835,12 +835,11 @@ def render(options, folder):
 
 
 def build(folder):
-    """Installs what is missing and builds the shows, among them one in a folder elsewhere; gives the status of that."""
-    inside = folder == TREE or folder.parent == TREE / "shows"
-    more = "" if inside else ' "-DTIDEWHEEL_SHOWS=$1"'
+    """Installs what is missing and builds the show; gives the status of that."""
     steps = ('set -euo pipefail; . scripts/setup.sh; need_packages "${build_packages[@]}" "${render_packages[@]}"; '
-             f'build "the show" release --preset release{more}')
-    return subprocess.run(["bash", "-c", steps, "bash", folder], cwd=TREE, check=False).returncode
+             'find_show "$1"; build_show timeline "show-$show_name-render"')
+    name = "" if folder == TREE else f"{folder}"
+    return subprocess.run(["bash", "-c", steps, "bash", name], cwd=TREE, check=False).returncode
 
 
 def main():

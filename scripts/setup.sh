@@ -122,12 +122,13 @@ build()
     }
 }
 
-# build_show [TARGET...] builds the show that find_show found, this tree's own without one, optimised and without tests:
-# for this tree's own everything, for another its programs and what further TARGETs there are.
+# build_show [TARGET...] builds what plays the show that find_show found, this tree's own without one, optimised and without
+# tests: its program and its data, and what further TARGETs there are. The tools, more than half of a build, are not among it.
 build_show()
 {
-    local elsewhere= build_targets=
+    local elsewhere= build_targets
     if [ "${show_root:=$PWD}" = "$PWD" ]; then
+        build_targets="show-ourglacierheartcold showdisplay showdata $*"
         build "the show" release --preset release -DTIDEWHEEL_SHOWS=
         return
     fi

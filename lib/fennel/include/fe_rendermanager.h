@@ -52,8 +52,8 @@ private:
     {
         bool operator<(const Key& other) const;
 
-        const BufferARB* vertexBuffer;
-        const BufferARB* indexBuffer;
+        unsigned long vertexBuffer; // numbers, 0 for none
+        unsigned long indexBuffer;
         int texture; // 0 for none
         int job;     // index before the sort
     };

@@ -22,15 +22,19 @@ int textureOf(const Material* material)
     return !material || material->mTexture.isNull() ? 0 : material->mTexture->getSortableID();
 }
 
+unsigned long numberOf(const BufferARB* buffer)
+{
+    return buffer ? buffer->mNumber : 0;
+}
+
 } // namespace
 
 bool RenderManager::Job::operator<(const Job& other) const
 {
     if (submesh != other.submesh)
     {
-        const auto number = [](const BufferARB* buffer) { return buffer ? buffer->mNumber : 0; };
-        const auto buffers = [&](const Submesh& of) {
-            return std::pair(number(of.mVertexBuffer), number(of.mIndexBuffer));
+        const auto buffers = [](const Submesh& of) {
+            return std::pair(numberOf(of.mVertexBuffer), numberOf(of.mIndexBuffer));
         };
         if (buffers(*submesh) != buffers(*other.submesh)) return buffers(*submesh) < buffers(*other.submesh);
     }
@@ -40,9 +44,8 @@ bool RenderManager::Job::operator<(const Job& other) const
 
 bool RenderManager::Key::operator<(const Key& other) const
 {
-    const std::less<const BufferARB*> before;
-    if (vertexBuffer != other.vertexBuffer) return before(vertexBuffer, other.vertexBuffer);
-    if (indexBuffer != other.indexBuffer) return before(indexBuffer, other.indexBuffer);
+    if (vertexBuffer != other.vertexBuffer) return vertexBuffer < other.vertexBuffer;
+    if (indexBuffer != other.indexBuffer) return indexBuffer < other.indexBuffer;
     return texture < other.texture;
 }
 
@@ -66,8 +69,8 @@ void RenderManager::sort()
     mKeys.clear();
     for (const Job& job : mJobs)
     {
-        mKeys.push_back({job.submesh->mVertexBuffer, job.submesh->mIndexBuffer, textureOf(job.material),
-                         static_cast<int>(mKeys.size())});
+        mKeys.push_back({numberOf(job.submesh->mVertexBuffer), numberOf(job.submesh->mIndexBuffer),
+                         textureOf(job.material), static_cast<int>(mKeys.size())});
     }
     std::sort(mKeys.begin(), mKeys.end());
 
