@@ -126,7 +126,7 @@ TEST(Check, findsEachMistakeAndNotItsNeighbour)
         {whole("<effect name='sun' start='-2' end='0.1'/>"), ""},
         {whole("<effect name='sun' start='1' end='3'><effect name='fire' start='2' end='4'/></effect>"),
          "never-active:3"},
-        {entry("<trigger name='falloff' start='4'/>"), "late-trigger:3"},
+        {entry("<trigger name='falloff' start='4' repeat='17' delay='0'/>"), "late-trigger:3"},
         {entry("<trigger name='falloff' start='3.9'/>"), ""},
         {entry("<trigger name='falloff' repeat='0'/>"), "no-firing:3"},
         {entry("<trigger name='falloff' delay='1'/>"), "lost-delay:3"},
