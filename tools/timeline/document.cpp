@@ -219,6 +219,21 @@ std::string Document::indentAt(std::size_t position) const
     return mText.substr(begin, end - begin);
 }
 
+std::string Document::withLineEnds(std::string_view text) const
+{
+    const std::size_t first = mText.find('\n');
+    const bool isReturned = first != std::string::npos && first > 0 && mText[first - 1] == '\r';
+    std::string result;
+    result.reserve(text.size());
+    for (std::size_t i = 0; i < text.size(); ++i)
+    {
+        if (text.substr(i, 2) == "\r\n") continue;
+        if (text[i] == '\n' && isReturned) result += '\r';
+        result += text[i];
+    }
+    return result;
+}
+
 Span Document::lines(const Node& node) const
 {
     Span span = node.span();

@@ -109,6 +109,9 @@ public:
     // The blanks and tabs at the start of the line in which `position` lies.
     std::string indentAt(std::size_t position) const;
 
+    // `text` with every line end as this document has its first one.
+    std::string withLineEnds(std::string_view text) const;
+
     // The whole lines of `node`, its newline included, if it shares them with nothing else; otherwise the node itself.
     Span lines(const Node& node) const;
 

@@ -75,9 +75,9 @@ void Edits::removeAttribute(const Node& node, std::string_view name)
     replace(span, "");
 }
 
-void Edits::replace(Span span, std::string text)
+void Edits::replace(Span span, std::string_view text)
 {
-    mChanges.push_back({span, std::move(text)});
+    mChanges.push_back({span, mDocument.withLineEnds(text)});
 }
 
 void Edits::insertBehind(const Node& node, const std::string& text)

@@ -28,10 +28,10 @@ public:
     // Removes a node with its whole lines, if it has them for itself.
     void remove(const Node& node) { replace(mDocument.lines(node), ""); }
 
-    void replace(Span span, std::string text);
+    void replace(Span span, std::string_view text);
 
     // Several texts for one place come out in the order in which they were given.
-    void insert(std::size_t position, std::string text) { replace({position, position}, std::move(text)); }
+    void insert(std::size_t position, std::string_view text) { replace({position, position}, text); }
 
     // Puts the text of a node, without indent and line end, on a line of its own behind or before `node`.
     void insertBehind(const Node& node, const std::string& text);

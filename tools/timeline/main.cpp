@@ -2,8 +2,10 @@
 
 #include "commandline.h"
 #include "commands.h"
+#include "failure.h"
 #include "numbers.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <exception>
 #include <string>
@@ -36,6 +38,13 @@ std::vector<std::string> argumentsOf(int count, char** words)
     return arguments;
 }
 
+bool isCommand(const CLI::App& app, const std::string& word)
+{
+    const std::vector<const CLI::App*> commands = app.get_subcommands({});
+    return std::any_of(commands.begin(), commands.end(),
+                       [&word](const CLI::App* command) { return command->check_name(word); });
+}
+
 } // namespace
 
 int main(int count, char** words)
@@ -50,6 +59,8 @@ int main(int count, char** words)
     for (CLI::App* command : app.get_subcommands({})) command->group("Commands");
     try
     {
+        if (count > 1 && words[1][0] != '-' && !isCommand(app, words[1]))
+            throw Timeline::Failure("There is no command '" + std::string(words[1]) + "'; see 'timeline --help'");
         app.parse(argumentsOf(count, words));
         return status;
     }

@@ -69,10 +69,10 @@ std::string shortest(float number)
 
 std::string readable(double number)
 {
-    char text[400];
-    std::snprintf(text, sizeof text, "%.3f", number);
+    char text[64];
+    std::snprintf(text, sizeof text, std::fabs(number) < 1e15 ? "%.3f" : "%.6g", number);
     std::string result = text;
-    if (result.find('.') != std::string::npos)
+    if (result.find('.') != std::string::npos && result.find('e') == std::string::npos)
     {
         while (result.back() == '0') result.pop_back();
         if (result.back() == '.') result.pop_back();

@@ -81,16 +81,11 @@ void addRetime(CLI::App& app, int&)
     CLI::App* const command = addCommand(app, "retime", RETIME_ABOUT, RETIME_DETAILS);
     options->source.addTo(*command);
     options->target.addTo(*command);
-    command->add_option("--from", options->from, "Beats a minute now")
-        ->required()
-        ->type_name("BPM")
-        ->check(CLI::PositiveNumber);
-    command->add_option("--to", options->to, "Beats a minute then")
-        ->required()
-        ->type_name("BPM")
-        ->check(CLI::PositiveNumber);
+    command->add_option("--from", options->from, "Beats a minute now")->required()->type_name("BPM");
+    command->add_option("--to", options->to, "Beats a minute then")->required()->type_name("BPM");
     command->add_option("--origin", options->origin, "The time that stays, 0 at first")->type_name("T");
     command->callback([options] {
+        if (options->from <= 0.0 || options->to <= 0.0) throw Failure("A tempo is a number above 0");
         apply(options->source, options->target, tempoMap(options->from, options->to, options->origin), false);
     });
 }

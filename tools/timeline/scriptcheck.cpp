@@ -221,7 +221,7 @@ private:
         if (!node.value("delay").empty() && trigger.repeat == 1)
             warn(node, "lost-delay",
                  said(name + "has a delay but no repeat: it fires once, and a save drops the delay"), time);
-        checkFlood(trigger, length, time);
+        if (trigger.due(0) < length) checkFlood(trigger, length, time);
     }
 
     void checkFlood(const Trigger& trigger, double length, double time)

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <optional>
 #include <utility>
 
 namespace Timeline
@@ -31,7 +32,7 @@ struct Options
 {
     Source source;
     Target target;
-    double bpm = 0.0;
+    std::optional<double> bpm;
     double offset = 0.0;
     std::string beats;
     std::string grid = "1/4";
@@ -129,8 +130,8 @@ private:
 
 void run(const Options& options)
 {
-    if (options.beats.empty() == (options.bpm == 0.0)) throw Failure("The grid comes from --bpm or from --beats");
-    const Grid grid = options.beats.empty() ? Grid(options.bpm, options.offset, options.grid)
+    if (options.beats.empty() != options.bpm.has_value()) throw Failure("The grid comes from --bpm or from --beats");
+    const Grid grid = options.beats.empty() ? Grid(*options.bpm, options.offset, options.grid)
                                             : Grid(readBeats(options.beats), options.grid);
     const Score score = options.source.load();
     Edits edits(score.document());

@@ -65,8 +65,11 @@ public:
         for (const std::unique_ptr<Node>& node : mDocument.prolog()) writeNode(mDocument, *node, 0, false);
         writeNode(mDocument, mDocument.root(), 0, false);
         std::string tail(mDocument.bytes({mDocument.root().span().end, mDocument.text().size()}));
-        if (tail.find_first_not_of(" \t\r\n") != std::string::npos) return mText + tail;
-        return mText + "\n";
+        if (tail.find_first_not_of(" \t\r\n") != std::string::npos)
+            mText += tail;
+        else
+            mText += "\n";
+        return mDocument.withLineEnds(mText);
     }
 
 private:

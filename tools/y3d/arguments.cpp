@@ -3,6 +3,8 @@
 #include "y3d_exception.h"
 
 #include <cstdlib>
+#include <filesystem>
+#include <system_error>
 
 double numberOf(const Arguments& arguments, const std::string& option, double fallback, double smallest, double largest)
 {
@@ -21,4 +23,7 @@ void refuseStreams(const Arguments& arguments, const char* command)
     {
         if (file == "-") throw y3d::Exception("%s takes files by their names, not -", command);
     }
+    std::error_code absent; // of a file that is still to come
+    if (std::filesystem::equivalent(arguments.files[0], arguments.files[1], absent))
+        throw y3d::Exception("%s: %s does not write over the file that it reads", arguments.files[0].c_str(), command);
 }

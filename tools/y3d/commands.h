@@ -27,7 +27,8 @@ struct Arguments
 double numberOf(const Arguments& arguments, const std::string& option, double fallback, double smallest,
                 double largest);
 
-// Throws y3d::Exception where a file is -, for commands that put further files beside theirs.
+// Throws y3d::Exception where a file is -, or IN and OUT are one file, for commands that read one format and write
+// another.
 void refuseStreams(const Arguments& arguments, const char* command);
 
 int runInfo(const Arguments& arguments);

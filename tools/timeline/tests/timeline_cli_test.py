@@ -45,6 +45,7 @@ class Timeline(unittest.TestCase):
         for words in refused:
             done = self.run_it(*words, status=2)
             self.assertRegex(done.stderr, r"^timeline: .*\n(Try .*\n)?$", words)
+            self.assertIn("dance" if "dance" in words else "", done.stderr)
         self.assertEqual(self.script.read_text(), SCRIPT)
 
     def test_help_completion_and_manual_know_the_same_commands(self):

@@ -18,6 +18,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <limits>
 
@@ -125,7 +126,7 @@ TEST(Check, findsEachMistakeAndNotItsNeighbour)
         {whole("<effect name='sun' start='-2' end='0.1'/>"), ""},
         {whole("<effect name='sun' start='1' end='3'><effect name='fire' start='2' end='4'/></effect>"),
          "never-active:3"},
-        {entry("<trigger name='falloff' start='4'/>"), "late-trigger:3"},
+        {entry("<trigger name='falloff' start='4' repeat='17' delay='0'/>"), "late-trigger:3"},
         {entry("<trigger name='falloff' start='3.9'/>"), ""},
         {entry("<trigger name='falloff' repeat='0'/>"), "no-firing:3"},
         {entry("<trigger name='falloff' delay='1'/>"), "lost-delay:3"},
@@ -337,6 +338,19 @@ TEST(Edits, findOneValueByItsPath)
          {"sun/start", "sun@3", "sun@3/base/key/value", "sun@3/base/key[3]/value", "sun@3/begin", "moon/start"})
         EXPECT_THROW(findPlace(score, path), Failure) << path;
     EXPECT_THROW(set("sun@6/name", "a\"b'c"), Failure);
+}
+
+TEST(Edits, takeTheLineEndsOfTheirScript)
+{
+    std::string text = "<script>\r\n<effect start='0' end='9'>\r\n\t<trigger start='1' repeat='2' delay='4'/>\r\n"
+                       "</effect>\r\n</script>\r\n";
+    for (int i = 0; i < 2; ++i)
+    {
+        for (const std::string& written : {shifted(text, 3, END, 1), format(Score(text, "s"))})
+            EXPECT_EQ(std::count(written.begin(), written.end(), '\n') * (1 - i),
+                      std::count(written.begin(), written.end(), '\r'));
+        text.erase(std::remove(text.begin(), text.end(), '\r'), text.end());
+    }
 }
 
 TEST(Grid, isThatOfTheTempoOrOfTheBeats)

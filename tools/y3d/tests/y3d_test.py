@@ -344,6 +344,8 @@ scene 'Scene': 4 nodes
 
         for arguments, trouble in [
                 (("import", "--fps", "x", model, back), "y3d: --fps takes a number from 0.1 to 1000\n"),
+                (("import", model, os.path.join(self.folder, ".", "model.glb")),
+                 "y3d: %s: import does not write over the file that it reads\n" % model),
                 (("import", self.path, back), "y3d: %s: is no glTF file\n" % self.path),
                 (("import", model, self.folder + "/no/x.y3d"),
                  "y3d: %s/no/x.y3d: No such file or directory\n" % self.folder),
