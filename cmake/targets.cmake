@@ -57,7 +57,7 @@ function(tw_benchmark name)
 endfunction()
 
 # tw_fuzzer(name SOURCES file... LINKS target... [CORPUS folder] [SECONDS n])
-# A libFuzzer binary; only with clang and TIDEWHEEL_FUZZ. ctest runs it for a minute, or for the seconds given, over the
+# A libFuzzer binary; only with clang and TIDEWHEEL_FUZZ. ctest runs it for half a minute, or for the seconds given, over the
 # checked-in corpus; what it finds on the way stays in the build folder.
 function(tw_fuzzer name)
   if(NOT TIDEWHEEL_FUZZ)
@@ -65,7 +65,7 @@ function(tw_fuzzer name)
   endif()
   cmake_parse_arguments(ARG "" "CORPUS;SECONDS" "SOURCES;LINKS" ${ARGN})
   if(NOT ARG_SECONDS)
-    set(ARG_SECONDS 60)
+    set(ARG_SECONDS 30)
   endif()
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE ${ARG_LINKS})

@@ -3,6 +3,8 @@
 // Marching cubes. The corners of a cell are numbered round its lower face and then round its upper one; bit n of a case
 // is set where corner n is outside. A case's triangles use exactly the edges whose corners differ in their bits.
 
+// The tables are set by hand, a case a row.
+// clang-format off
 const float Meta::vertices[8][3] = {{0, 0, 0}, {1, 0, 0}, {1, 0, 1}, {0, 0, 1},
                                     {0, 1, 0}, {1, 1, 0}, {1, 1, 1}, {0, 1, 1}};
 
@@ -269,3 +271,4 @@ const int Meta::gridTriangles[256 * 16] = {
     8, 0, 3, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1,
     -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1,
 };
+// clang-format on

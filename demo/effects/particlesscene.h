@@ -24,9 +24,9 @@ public:
     float mContractStart = -1.0f; // -1 for none
     float mExpand = 1.0f;         // size of the cube
     float mExpandTime = 0.0f;
-    float mEndTime = -1.0f;       // -1 for none
-    GLuint mList = 0;             // one streak; owned
-    GLuint mTexture = 0;          // the soft spot, 64 by 64; owned
+    float mEndTime = -1.0f;                 // -1 for none
+    GLuint mList = 0;                       // one streak; owned
+    GLuint mTexture = 0;                    // the soft spot, 64 by 64; owned
     std::vector<maril64k::Point3D> mSource; // the cube at rest, 144 points a slice
     std::vector<maril64k::Point3D> mTarget;
     maril64k::Matrix mMatrix;

@@ -21,26 +21,16 @@ struct Picture
 };
 
 const Picture PICTURES[] = {
-    {PictureFiles::OVERLAY, Paint::overlay, true},
-    {PictureFiles::LOGO, Paint::logo, true},
-    {PictureFiles::LOGO_GHOST, Paint::logoGhost, true},
-    {PictureFiles::BANNER, Paint::banner, false},
-    {PictureFiles::GREETINGS, Paint::greetings, true},
-    {PictureFiles::FONT, Paint::glyphRow, true},
-    {PictureFiles::LANDSCAPE, Paint::ballScenery, false},
-    {PictureFiles::SUN, Paint::sunSpark, true},
-    {PictureFiles::ENVIRONMENT, Paint::environment, false},
-    {PictureFiles::ICE, Paint::iceSurface, false},
-    {PictureFiles::SNOW, Paint::snowSurface, false},
-    {PictureFiles::RIDGE, Paint::ridgeSurface, false},
-    {PictureFiles::STONE, Paint::stoneSurface, false},
-    {PictureFiles::AISLE, Paint::aisleSurface, false},
-    {PictureFiles::CHOIR, Paint::choirSurface, false},
-    {PictureFiles::FLOOR, Paint::floorSurface, false},
-    {PictureFiles::WINDOW, Paint::windowGlass, false},
-    {PictureFiles::ROSE, Paint::roseWindow, false},
-    {PictureFiles::FLAME, Paint::flameBody, false},
-    {PictureFiles::SKY, Paint::skyDome, false},
+    {PictureFiles::OVERLAY, Paint::overlay, true},          {PictureFiles::LOGO, Paint::logo, true},
+    {PictureFiles::LOGO_GHOST, Paint::logoGhost, true},     {PictureFiles::BANNER, Paint::banner, false},
+    {PictureFiles::GREETINGS, Paint::greetings, true},      {PictureFiles::FONT, Paint::glyphRow, true},
+    {PictureFiles::LANDSCAPE, Paint::ballScenery, false},   {PictureFiles::SUN, Paint::sunSpark, true},
+    {PictureFiles::ENVIRONMENT, Paint::environment, false}, {PictureFiles::ICE, Paint::iceSurface, false},
+    {PictureFiles::SNOW, Paint::snowSurface, false},        {PictureFiles::RIDGE, Paint::ridgeSurface, false},
+    {PictureFiles::STONE, Paint::stoneSurface, false},      {PictureFiles::AISLE, Paint::aisleSurface, false},
+    {PictureFiles::CHOIR, Paint::choirSurface, false},      {PictureFiles::FLOOR, Paint::floorSurface, false},
+    {PictureFiles::WINDOW, Paint::windowGlass, false},      {PictureFiles::ROSE, Paint::roseWindow, false},
+    {PictureFiles::FLAME, Paint::flameBody, false},         {PictureFiles::SKY, Paint::skyDome, false},
 };
 
 } // namespace

@@ -374,14 +374,18 @@ void makeMaterials(Builder& b)
     const Vector3f none, dim(0.55f, 0.75f, 1.0f), deep(0.012f, 0.020f, 0.034f);
     b.material("stone", Vector3f(0.82f, 0.88f, 0.95f), dim, Vector3f(0.2f, 0.24f, 0.3f), 40, deep, PictureFiles::STONE);
     b.material("wall", Vector3f(0.66f, 0.74f, 0.84f), dim, none, 10, deep, PictureFiles::STONE);
-    b.material("vault", Vector3f(0.50f, 0.60f, 0.74f), dim, none, 10, Vector3f(0.012f, 0.022f, 0.04f), PictureFiles::STONE);
+    b.material("vault", Vector3f(0.50f, 0.60f, 0.74f), dim, none, 10, Vector3f(0.012f, 0.022f, 0.04f),
+               PictureFiles::STONE);
     b.material("floor", Vector3f(0.55f, 0.62f, 0.72f), dim, Vector3f(0.5f, 0.55f, 0.6f), 90,
                Vector3f(0.42f, 0.44f, 0.48f), PictureFiles::FLOOR);
     b.material("icicle", Vector3f(0.55f, 0.80f, 0.92f), Vector3f(0.2f, 0.3f, 0.4f), Vector3f(0.95f, 1.0f, 1.0f), 120,
                Vector3f(0.03f, 0.08f, 0.12f), PictureFiles::ICE);
-    b.material("metal", Vector3f(0.34f, 0.27f, 0.22f), dim, Vector3f(0.25f, 0.2f, 0.15f), 30, none, PictureFiles::STONE);
-    b.material("aisle", Vector3f(0.55f, 0.62f, 0.72f), dim, none, 10, Vector3f(0.34f, 0.36f, 0.40f), PictureFiles::AISLE);
-    b.material("choir", Vector3f(0.6f, 0.66f, 0.74f), dim, none, 10, Vector3f(0.42f, 0.44f, 0.48f), PictureFiles::CHOIR);
+    b.material("metal", Vector3f(0.34f, 0.27f, 0.22f), dim, Vector3f(0.25f, 0.2f, 0.15f), 30, none,
+               PictureFiles::STONE);
+    b.material("aisle", Vector3f(0.55f, 0.62f, 0.72f), dim, none, 10, Vector3f(0.34f, 0.36f, 0.40f),
+               PictureFiles::AISLE);
+    b.material("choir", Vector3f(0.6f, 0.66f, 0.74f), dim, none, 10, Vector3f(0.42f, 0.44f, 0.48f),
+               PictureFiles::CHOIR);
     b.shadeless("window", Vector3f(0.95f, 1.0f, 1.0f), PictureFiles::WINDOW);
     b.shadeless("rose", Vector3f(1, 1, 1), PictureFiles::ROSE);
     b.shadeless("flame", Vector3f(1, 1, 1), PictureFiles::FLAME);

@@ -9,7 +9,6 @@
 #include "y3d_manager.h"
 #include "y3d_scene.h"
 
-
 #include <algorithm>
 #include <cstdio>
 #include <iterator>

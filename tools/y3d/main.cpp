@@ -126,8 +126,15 @@ const Command COMMANDS[] = {
      "  Z, B                 edges, boxes     R             load again\n"
      "  P                    write screenshot.png           Escape               leave\n",
      1,
-     {{"--camera", true}, {"--time", true}, {"--size", true}, {"--pictures", true}, {"--scene", true},
-      {"--wireframe", false}, {"--boxes", false}, {"--screenshot", true}, {"--turntable", true}},
+     {{"--camera", true},
+      {"--time", true},
+      {"--size", true},
+      {"--pictures", true},
+      {"--scene", true},
+      {"--wireframe", false},
+      {"--boxes", false},
+      {"--screenshot", true},
+      {"--turntable", true}},
      runView},
 };
 

@@ -7,8 +7,7 @@
 
 // The shape that the exceptions of all libraries share: a printf format and its arguments, formatted at once into an
 // array inside the object, so that throwing and reporting never allocate. A text that does not fit is cut at the end.
-template <std::size_t Capacity>
-class FormattedException : public std::exception
+template <std::size_t Capacity> class FormattedException : public std::exception
 {
 public:
     const char* what() const noexcept override { return argMsg; }

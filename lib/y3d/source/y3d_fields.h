@@ -60,8 +60,8 @@ template <class T> void loadOwned(ChunkLib::ReadBuffer& buffer, std::vector<T*>*
 void report(ChunkLib::ReadBuffer& buffer, const char* format, ...) __attribute__((format(printf, 2, 3)));
 
 // For the open chunk of a node or bone, which takes `size` bytes of memory: true, with a line on standard output, when
-// it is to be left out with everything below it. That is so where it lies too deep, and where the nodes of the file take
-// far more memory than the file is long, which those with a name and tracks never do.
+// it is to be left out with everything below it. That is so where it lies too deep, and where the nodes of the file
+// take far more memory than the file is long, which those with a name and tracks never do.
 bool isLeftOut(ChunkLib::ReadBuffer& buffer, std::size_t size);
 
 template <class T> void destroyOwned(std::vector<T*>* list)
