@@ -14,7 +14,7 @@ const signed char faces[6][4][3] = {
 };
 
 // The last face's outline runs the other way round.
-const signed char lastOutline[4][3] = {{-1, -1, -1}, {-1, 1, -1}, {1, 1, -1}, {1, -1, -1}};
+const signed char LAST_OUTLINE[4][3] = {{-1, -1, -1}, {-1, 1, -1}, {1, 1, -1}, {1, -1, -1}};
 
 } // namespace
 
@@ -37,7 +37,7 @@ void drawBoxOutlines(float x, float y, float z, float half)
     const float zs[2] = {z - half, z + half};
     for (int face = 0; face < 6; ++face)
     {
-        const signed char(&corners)[4][3] = face < 5 ? faces[face] : lastOutline;
+        const signed char(&corners)[4][3] = face < 5 ? faces[face] : LAST_OUTLINE;
         glBegin(GL_LINE_STRIP);
         for (const signed char(&corner)[3] : corners)
             glVertex3f(xs[corner[0] > 0], ys[corner[1] > 0], zs[corner[2] > 0]);

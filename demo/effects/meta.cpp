@@ -16,17 +16,17 @@ Meta::FloodCell Meta::floodStack[CELLS * CELLS * CELLS];
 namespace
 {
 
-const float threshold = 0.75f; // of the field, on the surface
-const float ballStrength = 0.005f;
-const float ballSpeed = 0.5f; // field units a second
-const float cellSize = 0.05f; // field units
-const float cellsPerUnit = 20.0f;
-const float gridMiddle = 12.0f; // the lattice point at the node's origin
-const float modelScale = 0.1f;  // scene units a cell
-const unsigned char noVertex = 255;
+const float THRESHOLD = 0.75f; // of the field, on the surface
+const float BALL_STRENGTH = 0.005f;
+const float BALL_SPEED = 0.5f; // field units a second
+const float CELL_SIZE = 0.05f; // field units
+const float CELLS_PER_UNIT = 20.0f;
+const float GRID_MIDDLE = 12.0f; // the lattice point at the node's origin
+const float MODEL_SCALE = 0.1f;  // scene units a cell
+const unsigned char NO_VERTEX = 255;
 
 // The neighbours of a cell in the order in which the flood goes on.
-const int neighbours[6][3] = {{-1, 0, 0}, {1, 0, 0}, {0, -1, 0}, {0, 1, 0}, {0, 0, -1}, {0, 0, 1}};
+const int NEIGHBOURS[6][3] = {{-1, 0, 0}, {1, 0, 0}, {0, -1, 0}, {0, 1, 0}, {0, 0, -1}, {0, 0, 1}};
 
 float randomCoordinate()
 {
@@ -55,7 +55,7 @@ bool normalizeIfPossible(MathBase::Vector3f& vector)
 // The cell of a coordinate in the field, -1 outside the grid.
 int cellOf(float coordinate)
 {
-    const float cell = cellsPerUnit * coordinate;
+    const float cell = CELLS_PER_UNIT * coordinate;
     if (!(cell > -1 && cell < Meta::CELLS)) return -1;
     return static_cast<int>(cell);
 }
@@ -69,7 +69,7 @@ bool isCell(int coordinate)
 // the other end.
 float cutOf(float from, float to)
 {
-    const float cut = (threshold - from) / (to - from);
+    const float cut = (THRESHOLD - from) / (to - from);
     return std::isnan(cut) ? 1.0f : cut;
 }
 
@@ -80,7 +80,7 @@ void Meta::setup(AM::ArchiveManager&)
     mBalls.reset(new Ball[BALLS]);
     for (int i = 0; i < BALLS; ++i)
     {
-        mBalls[i].strength = ballStrength;
+        mBalls[i].strength = BALL_STRENGTH;
         mBalls[i].position = randomPoint();
         mBalls[i].target = randomPoint();
     }
@@ -121,7 +121,7 @@ void Meta::moveBalls(float delta)
         const MathBase::Vector3f way = ball.target - ball.position;
         MathBase::Vector3f direction = way;
         const bool hasDirection = normalizeIfPossible(direction);
-        const MathBase::Vector3f step = ballSpeed * delta * direction;
+        const MathBase::Vector3f step = BALL_SPEED * delta * direction;
         if (!hasDirection || dot(step, step) > dot(way, way))
             ball.target = randomPoint();
         else
@@ -139,7 +139,7 @@ float Meta::getEnergy(int i, int j, int k)
     const int index = i + POINTS * j + POINTS * POINTS * k;
     if (gridEnergyComputed[index]) return gridEnergy[index];
 
-    const MathBase::Vector3f point(cellSize * i, cellSize * j, cellSize * k);
+    const MathBase::Vector3f point(CELL_SIZE * i, CELL_SIZE * j, CELL_SIZE * k);
     float sum = 0;
     for (int b = 0; b < BALLS; ++b)
     {
@@ -153,7 +153,7 @@ float Meta::getEnergy(int i, int j, int k)
 
 MathBase::Vector3f Meta::calcNormal(MathBase::Vector3f position) const
 {
-    const MathBase::Vector3f q = cellSize * position;
+    const MathBase::Vector3f q = CELL_SIZE * position;
     MathBase::Vector3f sum;
     for (int b = 0; b < BALLS; ++b)
     {
@@ -177,7 +177,7 @@ int Meta::drawVoxel(int x, int y, int z)
         FloodCell& cell = floodStack[mFloodDepth - 1];
         if (cell.direction < 6)
         {
-            const int* way = neighbours[cell.direction++];
+            const int* way = NEIGHBOURS[cell.direction++];
             enterCell(cell.x + way[0], cell.y + way[1], cell.z + way[2]);
         }
         else
@@ -203,7 +203,7 @@ bool Meta::enterCell(int x, int y, int z)
         const float* offset = vertices[n];
         const float energy = getEnergy(x + static_cast<int>(offset[0]), y + static_cast<int>(offset[1]),
                                        z + static_cast<int>(offset[2]));
-        if (energy < threshold) corners |= 1 << n;
+        if (energy < THRESHOLD) corners |= 1 << n;
     }
     if (corners == 255) return false;
 
@@ -228,14 +228,14 @@ void Meta::drawCell(const FloodCell& cell)
     MathBase::Vector3f normals[12];
     unsigned char indices[15];
     unsigned char vertexOfEdge[12];
-    std::memset(vertexOfEdge, noVertex, sizeof(vertexOfEdge));
+    std::memset(vertexOfEdge, NO_VERTEX, sizeof(vertexOfEdge));
     unsigned char numVertices = 0;
     int numIndices = 0;
 
     for (const int* entry = gridTriangles + 16 * cell.corners; *entry != -1; ++entry)
     {
         const int edge = *entry;
-        if (vertexOfEdge[edge] == noVertex)
+        if (vertexOfEdge[edge] == NO_VERTEX)
         {
             const int a = edges[edge][0];
             const int b = edges[edge][1];
@@ -244,7 +244,7 @@ void Meta::drawCell(const FloodCell& cell)
             const MathBase::Vector3f to(vertices[b][0], vertices[b][1], vertices[b][2]);
             const MathBase::Vector3f grid = (1 - t) * from + t * to + corner;
             normals[numVertices] = calcNormal(grid);
-            points[numVertices] = modelScale * (grid - MathBase::Vector3f(gridMiddle, gridMiddle, gridMiddle));
+            points[numVertices] = MODEL_SCALE * (grid - MathBase::Vector3f(GRID_MIDDLE, GRID_MIDDLE, GRID_MIDDLE));
             vertexOfEdge[edge] = numVertices++;
         }
         indices[numIndices++] = vertexOfEdge[edge];

@@ -7,7 +7,7 @@
 namespace AM
 {
 // The longest file that is loaded. Whoever takes a file apart may count its bytes in an int.
-const long maxFileLength = 0x7fffffff;
+const long MAX_FILE_LENGTH = 0x7fffffff;
 
 // A place that files are read from and, perhaps, written to.
 class ArchiveBase

@@ -12,7 +12,7 @@ public:
     explicit ArchiveDirectory(const std::string& pPath);
 
     // Only regular files can be read: a folder, a pipe or a device is a file that was not found. Throws AM::Exception
-    // for a file that is longer than maxFileLength or does not fit into memory.
+    // for a file that is longer than MAX_FILE_LENGTH or does not fit into memory.
     File read(const std::string& pFilename) override;
 
     // Replaces the file, whose owner and permissions stay, as do links to it. What stood there stays whole until the

@@ -14,7 +14,7 @@ struct BGRA
 };
 
 // The largest picture there can be, whatever a file claims. Decoding takes up to ten bytes of memory for each pixel.
-const unsigned long long maxImagePixels = 1ull << 27;
+const unsigned long long MAX_IMAGE_PIXELS = 1ull << 27;
 
 // A block of pixels with its size and name. One that a manager caches is shared, and so read-only.
 class ImageObject
@@ -43,7 +43,7 @@ public:
     unsigned char* getWriteData();
 
     // Frees the pixels and makes room for new ones, which are not cleared. No room for a width or height of 0. Throws
-    // AM::Exception, and leaves no pixels, for a negative size, more than maxImagePixels, or a lack of memory.
+    // AM::Exception, and leaves no pixels, for a negative size, more than MAX_IMAGE_PIXELS, or a lack of memory.
     void resize(int width, int height);
 
     // Replaces the pixels by `data`, which comes from array new and belongs to the image from here on.

@@ -100,7 +100,7 @@ File ArchiveDirectory::read(const std::string& pFilename)
     if (!input || std::fseek(input.get(), 0, SEEK_END) != 0) return File();
     const long length = std::ftell(input.get());
     if (length < 0 || std::fseek(input.get(), 0, SEEK_SET) != 0) return File();
-    if (length > maxFileLength)
+    if (length > MAX_FILE_LENGTH)
         throw Exception("AM::ArchiveDirectory::read, File too long (%s, %ld bytes)", path.c_str(), length);
 
     File file = new FileStructure;

@@ -16,8 +16,8 @@ namespace
 static_assert(std::is_same<unzFile, void*>::value, "the archive keeps minizip's handle as it is");
 
 // Deflate cannot make more than 1032 bytes out of one; the rest is for entries of a few bytes.
-const unsigned long long maxRatio = 1032;
-const unsigned long long ratioSlack = 1024;
+const unsigned long long MAX_RATIO = 1032;
+const unsigned long long RATIO_SLACK = 1024;
 
 // How many characters in front of a name the directory of the zip file does not have: a dot, a separator or both.
 std::size_t getPrefixLength(const std::string& name)
@@ -63,8 +63,8 @@ File ArchiveZIP::read(const std::string& pFilename)
 // Sizes are only claims of the zip file until the bytes are there, so no block is made that they cannot fill.
 bool ArchiveZIP::readCurrentFile(FileStructure& file, unsigned long compressedSize, unsigned long size)
 {
-    if (compressedSize > mZipLength || size > compressedSize * maxRatio + ratioSlack ||
-        size > static_cast<unsigned long>(maxFileLength))
+    if (compressedSize > mZipLength || size > compressedSize * MAX_RATIO + RATIO_SLACK ||
+        size > static_cast<unsigned long>(MAX_FILE_LENGTH))
         return false;
     file.data = new (std::nothrow) unsigned char[size];
     if (!file.data) return false;

@@ -32,7 +32,7 @@ void ImageObject::resize(int width, int height)
     unsigned char* data = nullptr;
     if (pixels > 0)
     {
-        if (pixels <= maxImagePixels) data = new (std::nothrow) unsigned char[pixels * sizeof(BGRA)];
+        if (pixels <= MAX_IMAGE_PIXELS) data = new (std::nothrow) unsigned char[pixels * sizeof(BGRA)];
         if (!data) throw Exception("ImageObject::resize, Not enough memory (%dx%d)", width, height);
     }
     setData(width, height, data);

@@ -174,7 +174,7 @@ bool hasPlausibleSize(const unsigned char* header, std::size_t length)
 {
     const unsigned long long width = readBigEndian(header);
     const unsigned long long height = readBigEndian(header + 4);
-    if (width > MAX_SIDE || height > MAX_SIDE || width * height > maxImagePixels) return false;
+    if (width > MAX_SIDE || height > MAX_SIDE || width * height > MAX_IMAGE_PIXELS) return false;
     static const unsigned channelsOfType[8] = {1, 1, 3, 1, 2, 1, 4, 1};
     const unsigned long long bytes = width * channelsOfType[header[9] & 7] * header[8] / 8 * height;
     return bytes <= MAX_ROW_BYTES && bytes / MAX_DEFLATION <= length;

@@ -12,7 +12,7 @@ namespace Fennel
 namespace
 {
 
-const float quarterTurn = 1.5707964f;
+const float QUARTER_TURN = 1.5707964f;
 
 MathBase::Matrix4x4Col rotationAboutX(float radians)
 {
@@ -48,7 +48,7 @@ void Camera::updateMatrices()
 {
     // The quarter turn takes GL's camera, which looks along negative z, to the scene's, which looks along negative y.
     mMatCamera = nodeMatrix(mRotation, mScale, mPosition);
-    mMatCamera.multiplyFromRight(rotationAboutX(-quarterTurn));
+    mMatCamera.multiplyFromRight(rotationAboutX(-QUARTER_TURN));
 
     MathBase::Quatf inverse = mRotation;
     inverse.invert();
@@ -61,7 +61,7 @@ void Camera::updateMatrices()
         scale[5 * i] = 1 / mScale[i];
         translation[12 + i] = -mPosition[i];
     }
-    mMatCameraInv = rotationAboutX(quarterTurn);
+    mMatCameraInv = rotationAboutX(QUARTER_TURN);
     mMatCameraInv.multiplyFromRight(scale);
     mMatCameraInv.multiplyFromRight(rotation);
     mMatCameraInv.multiplyFromRight(translation);

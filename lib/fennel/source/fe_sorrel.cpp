@@ -34,11 +34,11 @@ namespace Sorrel
 namespace
 {
 
-const float activeNear = 0.1f;
-const float activeFar = 2000.0f;
-const float activeAspect = 1.3333334f;
+const float ACTIVE_NEAR = 0.1f;
+const float ACTIVE_FAR = 2000.0f;
+const float ACTIVE_ASPECT = 1.3333334f;
 
-const char* const emptyPath = "";
+const char* const EMPTY_PATH = "";
 
 // There is no way to draw but from vertex buffer objects.
 const char* requireVertexBufferObjects()
@@ -46,7 +46,7 @@ const char* requireVertexBufferObjects()
     const char* extensions = reinterpret_cast<const char*>(glGetString(GL_EXTENSIONS));
     if (!extensions || !Engine::hasExtension(extensions, "GL_ARB_vertex_buffer_object"))
         throw Exception("Your graphic card does not support vertex buffer objects!");
-    return emptyPath;
+    return EMPTY_PATH;
 }
 
 template <typename Object> void deleteAll(std::vector<Object*>& objects)
@@ -317,9 +317,9 @@ void Engine::setActiveCamera(const std::string& name)
 void Engine::activateCamera(Camera* camera)
 {
     mActiveCamera = camera;
-    camera->mNear = activeNear;
-    camera->mFar = activeFar;
-    camera->mAspect = activeAspect;
+    camera->mNear = ACTIVE_NEAR;
+    camera->mFar = ACTIVE_FAR;
+    camera->mAspect = ACTIVE_ASPECT;
 }
 
 Xml::IteratorConst Engine::findXmlIterator(Xml::IteratorConst& parent, const std::string& tag, const std::string& name)

@@ -16,7 +16,7 @@
 namespace
 {
 // The samples that SDL asks for at a time, 23 ms at 44100 Hz.
-const int bufferLength = 1024;
+const int BUFFER_LENGTH = 1024;
 
 // All of the library's state. It is never destroyed: the sound thread may outlive the destructors of a program that
 // ends without FSOUND_Close.
@@ -109,7 +109,7 @@ void openDevice(int rate)
     wanted.freq = rate;
     wanted.format = AUDIO_S16SYS;
     wanted.channels = 2;
-    wanted.samples = bufferLength;
+    wanted.samples = BUFFER_LENGTH;
     wanted.callback = fillAudio;
     // Without an obtained format SDL converts to whatever the device takes.
     if (SDL_OpenAudio(&wanted, nullptr) != 0) goSilent();

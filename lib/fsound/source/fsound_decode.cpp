@@ -89,7 +89,7 @@ FMOD_ERRORS readFrames(SNDFILE* file, std::size_t channels, sf_count_t claimed, 
 {
     if (claimed > 0)
         music.samples.reserve(
-            2 * std::min({static_cast<std::size_t>(claimed), length * EXPECTED_FRAMES_PER_BYTE, maxMusicLength}));
+            2 * std::min({static_cast<std::size_t>(claimed), length * EXPECTED_FRAMES_PER_BYTE, MAX_MUSIC_LENGTH}));
     const std::size_t blockLength = 4096;
     std::vector<float> block(blockLength * channels);
     const std::size_t right = channels > 1 ? 1 : 0;
@@ -100,7 +100,7 @@ FMOD_ERRORS readFrames(SNDFILE* file, std::size_t channels, sf_count_t claimed, 
         if (count <= 0) break;
         const std::size_t frames = static_cast<std::size_t>(count);
         const std::size_t start = music.samples.size();
-        if (start / 2 + frames > maxMusicLength) return FMOD_ERR_MEMORY;
+        if (start / 2 + frames > MAX_MUSIC_LENGTH) return FMOD_ERR_MEMORY;
         music.samples.resize(start + 2 * frames);
         std::int16_t* target = music.samples.data() + start;
         if (channels == 2)

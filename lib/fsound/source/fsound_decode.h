@@ -16,7 +16,7 @@ struct Music
 };
 
 // The longest music that is decoded, in samples of each side: 1 GB.
-const std::size_t maxMusicLength = std::size_t(1) << 28;
+const std::size_t MAX_MUSIC_LENGTH = std::size_t(1) << 28;
 
 // Decodes a music file of `length` bytes in memory. One channel sounds on both sides; of more than two, the first two
 // are taken. Gives FMOD_ERR_NONE, or why there is no music: FMOD_ERR_FILE_FORMAT for a file that is none,

@@ -15,8 +15,8 @@ namespace
 
 GR_DECLARE_EXCEPTION(FontException, 512);
 
-const int glyphCount = 256;
-const int elseGlyph = glyphCount; // stands in for every code without a glyph of its own
+const int GLYPH_COUNT = 256;
+const int ELSE_GLYPH = GLYPH_COUNT; // stands in for every code without a glyph of its own
 
 // Cells of '.' and '#' for all codes, read from the picture.
 class FontPicture
@@ -44,8 +44,8 @@ public:
     std::string getFont() const
     {
         std::string bits;
-        for (int code = 0; code < glyphCount; ++code)
-            bits += mGlyphs[static_cast<std::size_t>(mDrawn[static_cast<std::size_t>(code)] ? code : elseGlyph)];
+        for (int code = 0; code < GLYPH_COUNT; ++code)
+            bits += mGlyphs[static_cast<std::size_t>(mDrawn[static_cast<std::size_t>(code)] ? code : ELSE_GLYPH)];
 
         std::string font = "SBF!";
         font += static_cast<char>(mWidth);
@@ -81,8 +81,8 @@ private:
         if (!mGlyphs.empty()) fail("the cell has a size already");
         if (!(words >> mWidth >> mHeight) || mWidth < 1 || mWidth > 255 || mHeight < 1 || mHeight > 255)
             fail("a cell is 1 to 255 pixels wide and high");
-        mGlyphs.assign(glyphCount + 1, std::string(static_cast<std::size_t>(mWidth * mHeight), '.'));
-        mDrawn.assign(glyphCount + 1, false);
+        mGlyphs.assign(GLYPH_COUNT + 1, std::string(static_cast<std::size_t>(mWidth * mHeight), '.'));
+        mDrawn.assign(GLYPH_COUNT + 1, false);
     }
 
     void readBand(std::istringstream& words)
@@ -109,11 +109,11 @@ private:
 
     int readCode(const std::string& word)
     {
-        int code = elseGlyph;
+        int code = ELSE_GLYPH;
         if (word != "else")
         {
             std::istringstream number(word);
-            if (!(number >> std::hex >> code) || !number.eof() || code < 0 || code >= glyphCount)
+            if (!(number >> std::hex >> code) || !number.eof() || code < 0 || code >= GLYPH_COUNT)
                 fail("a code is 00 to FF, or \"else\"");
         }
         if (mDrawn[static_cast<std::size_t>(code)]) fail("a code has two glyphs");
