@@ -12,7 +12,7 @@
 namespace Xml
 {
 
-const std::string EMPTY_STRING;
+const std::string emptyString;
 
 namespace
 {
@@ -66,7 +66,7 @@ const std::string& XmlTag::getValue(const std::string& name) const
     {
         if (argument.name == name) return argument.value;
     }
-    return EMPTY_STRING;
+    return emptyString;
 }
 
 void XmlTag::setValue(const std::string& name, const std::string& value)
