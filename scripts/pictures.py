@@ -20,6 +20,7 @@ PICTURES = TREE / "docs/pictures"
 RENDER = [sys.executable, "-B", TREE / "scripts/render.py", "--show"]
 STILLS = (26, 78, 101, 138, 175)                        # seconds of the show
 STRIP = (26, 58, 78, 101, 115, 138, 160, 175)
+CUBES_ROW = 13                                          # of the entry that the HUD is shown with, from the top
 STEP = 0.1                                              # seconds between frames that are drawn for the thumbnails
 SLOT = 20 * STEP                                        # for each effect up to its picture
 PERIOD = 2 * SLOT                                       # from picture to picture: what fades has as long to go on
@@ -173,7 +174,7 @@ def hud(temporary, show):
             time.sleep(0.7)
 
     def shoot(name):
-        subprocess.run(["ffmpeg", "-v", "error", "-y", "-f", "x11grab", "-video_size", "800x600", "-i",
+        subprocess.run(["ffmpeg", "-v", "error", "-y", "-f", "x11grab", "-draw_mouse", "0", "-video_size", "800x600", "-i",
                         f"{environment['DISPLAY']}+{corner}", "-frames:v", "1", PICTURES / name], check=True)
 
     try:
@@ -185,9 +186,10 @@ def hud(temporary, show):
         values = dict(line.split("=") for line in place.split())
         corner = f"{values['X']},{values['Y']}"
         subprocess.run(["xdotool", "windowfocus", window], check=False)
-        keys("space", "Tab", "Down", "Down")
+        keys("space", "Tab", *["Down"] * CUBES_ROW)
         shoot("hud-browse.png")
-        keys("Return", "Down")
+        # Its first rows are a trigger and the curves of opacity and distance; of the latter the third key is picked.
+        keys("Right", "Down", "Down", "Down", "Return", "Right", "Right")
         shoot("hud-edit.png")
     finally:
         program.terminate()
