@@ -23,7 +23,7 @@ EdgeWalk::EdgeWalk(const NvMesh& mesh) : m_mesh(mesh), m_first(mesh.m_numVertice
         for (const int vertex : {edge.m_v0, edge.m_v1})
         {
             const int place = --m_first[vertex];
-            m_places[place] = {static_cast<int>(i), place + 1, 0, -1};
+            m_places[place] = {static_cast<int>(i), edge.m_face0, edge.m_face1, place + 1, 0, -1};
         }
     }
 }
@@ -36,8 +36,7 @@ void EdgeWalk::ForgetExperiments()
 int EdgeWalk::Find(int place, int end, int experiment)
 {
     const auto isTaken = [this, experiment](const Place& at) {
-        const NvEdgeInfo& edge = m_mesh.m_edges[at.edge];
-        return m_mesh.m_faces[edge.m_face0].IsMarked(experiment) && m_mesh.m_faces[edge.m_face1].IsMarked(experiment);
+        return m_mesh.IsMarked(at.face0, experiment) && m_mesh.IsMarked(at.face1, experiment);
     };
     place = FindOpen(place, end);
     int found = place;
@@ -59,10 +58,7 @@ int EdgeWalk::Find(int place, int end, int experiment)
 
 int EdgeWalk::FindOpen(int place, int end)
 {
-    const auto isOver = [this](const Place& at) {
-        const NvEdgeInfo& edge = m_mesh.m_edges[at.edge];
-        return m_mesh.m_faces[edge.m_face0].m_stripId >= 0 && m_mesh.m_faces[edge.m_face1].m_stripId >= 0;
-    };
+    const auto isOver = [this](const Place& at) { return m_mesh.IsTaken(at.face0) && m_mesh.IsTaken(at.face1); };
     int found = place;
     while (found < end && isOver(m_places[found])) found = m_places[found].skipTo;
     while (place < found) place = std::exchange(m_places[place].skipTo, found);

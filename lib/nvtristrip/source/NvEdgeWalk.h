@@ -29,8 +29,9 @@ private:
     struct Place
     {
         int edge;
-        int skipTo;     // used where the edge is really over: a later place, all between being over too
-        int testSkipTo; // the same for the experiment with the number below
+        int face0, face1; // on its sides
+        int skipTo;       // used where the edge is really over: a later place, all between being over too
+        int testSkipTo;   // the same for the experiment with the number below
         int experiment;
     };
 

@@ -16,24 +16,17 @@ const int MAX_STRIP_ID = INT_MAX / 2;
 
 } // namespace
 
-void NvExperiments::Result::Clear()
-{
-    m_faces.clear();
-    m_fakes.clear();
-    m_ends.clear();
-}
-
 NvExperiments::NvExperiments(NvMesh& mesh)
-    : m_mesh(mesh), m_walk(mesh), m_numFreeFaces(mesh.m_numRealFaces), m_vertexMarks(mesh.m_numVertices, -1)
+    : m_mesh(mesh), m_ways(mesh), m_walk(mesh), m_numFreeFaces(mesh.m_numRealFaces),
+      m_vertexMarks(mesh.m_numVertices, -1)
 {
 }
 
 void NvExperiments::Try(int face)
 {
-    const NvFaceInfo* faceInfo = &m_mesh.m_faces[face];
-    assert(faceInfo->m_stripId == -1);
+    assert(!m_mesh.IsTaken(face));
     int numStarts = 6;
-    if (IsAlone(*faceInfo)) numStarts = m_bestSize > 0.0f ? 0 : 1; // all make a strip of one face
+    if (IsAlone(m_mesh.m_faces[face])) numStarts = m_bestSize > 0.0f ? 0 : 1; // all make a strip of one face
     for (int start = 0; start < numStarts; ++start)
     {
         const float size = Run(start, {face, m_mesh.m_edgesOfFace[face][start / 2], start % 2 == 0});
@@ -46,7 +39,10 @@ void NvExperiments::Try(int face)
 // Wipes off the marks of all experiments.
 void NvExperiments::BeginNumbersAgain()
 {
-    for (NvFaceInfo& face : m_mesh.m_faces) face.m_testStripId = -1;
+    for (int& mark : m_mesh.m_marks)
+    {
+        if (mark != NvMesh::TAKEN) mark = NvMesh::NOT_TAKEN;
+    }
     std::fill(m_vertexMarks.begin(), m_vertexMarks.end(), -1);
     m_walk.ForgetExperiments();
     m_stripId = -1;
@@ -62,7 +58,8 @@ bool NvExperiments::IsAlone(const NvFaceInfo& face)
 // not.
 float NvExperiments::Run(int start, NvStripStartInfo startInfo)
 {
-    m_current.Clear();
+    m_current.m_runs.clear();
+    m_current.m_strips.clear();
     if (m_stripId > MAX_STRIP_ID) BeginNumbersAgain();
     m_firstStripId = m_stripId + 1;
     std::size_t numReal = 0;
@@ -70,17 +67,17 @@ float NvExperiments::Run(int start, NvStripStartInfo startInfo)
     {
         ++m_stripId;
         numReal += Build(startInfo);
-        const std::size_t numStrips = m_current.m_ends.size();
-        if (numStrips == 1)
-        {
-            const NvEdgeInfo& edge = m_mesh.m_edges[startInfo.m_startEdge];
-            if (IsRepeated(start, startInfo.m_toV1 ? edge.m_v1 : edge.m_v0)) return 0.0f;
-        }
+        const std::size_t numStrips = m_current.m_strips.size();
 
         // The best that can come is the end here, or one more strip over all faces that are left.
         const float sizeNow = static_cast<float>(numReal) / static_cast<float>(numStrips);
         const float sizeAtBest = static_cast<float>(m_numFreeFaces) / static_cast<float>(numStrips + 1);
         if (sizeNow <= m_bestSize && sizeAtBest <= m_bestSize) return 0.0f;
+        if (numStrips == 1)
+        {
+            const NvEdgeInfo& edge = m_mesh.m_edges[startInfo.m_startEdge];
+            if (IsRepeated(start, startInfo.m_toV1 ? edge.m_v1 : edge.m_v0)) return 0.0f;
+        }
         if (!FindTraversal(startInfo)) return sizeNow;
     }
 }
@@ -92,8 +89,7 @@ bool NvExperiments::IsRepeated(int start, int towards)
     m_towards[start] = towards;
     IntVec& strip = m_firstStrips[start];
     strip.clear();
-    std::copy_if(m_current.m_faces.begin(), m_current.m_faces.end(), std::back_inserter(strip),
-                 [](int face) { return face >= 0; });
+    AppendFaces(m_current, 0, strip, false);
     for (int earlier = 0; earlier < start; ++earlier)
     {
         const IntVec& other = m_firstStrips[earlier];
@@ -106,69 +102,76 @@ bool NvExperiments::IsRepeated(int start, int towards)
 // Grows a strip from its start in both directions, over faces that are not marked. Returns the number of real faces.
 std::size_t NvExperiments::Build(const NvStripStartInfo& startInfo)
 {
-    NvFaceInfo& startFace = m_mesh.m_faces[startInfo.m_startFace];
+    const NvFaceInfo& startFace = m_mesh.m_faces[startInfo.m_startFace];
     const NvEdgeInfo& startEdge = m_mesh.m_edges[startInfo.m_startEdge];
-    m_forwardFaces.assign(1, startInfo.m_startFace);
-    m_backwardFaces.clear();
-    startFace.m_testStripId = m_stripId;
     const int p0 = startInfo.m_toV1 ? startEdge.m_v0 : startEdge.m_v1;
     const int p1 = startInfo.m_toV1 ? startEdge.m_v1 : startEdge.m_v0;
     const int p2 = startFace.OtherVertex(p0, p1);
-    std::size_t numReal = 1 + Grow(m_forwardFaces, startFace, p1, p2, false);
+    m_mesh.m_marks[startInfo.m_startFace] = m_stripId;
+    for (const int vertex : {p0, p1, p2}) m_vertexMarks[vertex] = m_stripId;
 
-    // The face that lies behind the first may be one that the forward way has been around.
-    const int behind = startFace.OppositeTo(p2);
-    if (behind >= 0 && !IsMarked(behind))
+    std::size_t numReal = 1;
+    Strip strip = {startInfo.m_startFace, m_current.m_runs.size(), m_current.m_runs.size()};
+    const int place = m_ways.PlaceOf(startInfo.m_startFace, p1);
+    if (place >= 0)
     {
-        for (const int place : m_forwardFaces)
-        {
-            if (place < 0) continue; // a fake face has the vertices of its neighbours
-            const NvFaceInfo& face = m_mesh.m_faces[place];
-            for (const int vertex : {face.m_v0, face.m_v1, face.m_v2}) m_vertexMarks[vertex] = m_stripId;
-        }
-        numReal += Grow(m_backwardFaces, startFace, p1, p0, true);
+        const int direction = m_ways.DirectionTo(place, p2);
+        numReal += Grow(place, direction, false);
+        strip.forwardEnd = m_current.m_runs.size();
+        numReal += Grow(place, -direction, true);
+        strip.end = m_current.m_runs.size();
     }
-
-    IntVec& faces = m_current.m_faces;
-    faces.insert(faces.end(), m_backwardFaces.rbegin(), m_backwardFaces.rend());
-    faces.insert(faces.end(), m_forwardFaces.begin(), m_forwardFaces.end());
-    m_current.m_ends.push_back(faces.size());
+    m_current.m_strips.push_back(strip);
     return numReal;
 }
 
-// Appends one direction of growth to `faces`: from a face on over its edge e0 to e1. With `onlyNew` the way ends at a
-// face that brings no vertex which the strip lacks. Returns the number of real faces.
-std::size_t NvExperiments::Grow(IntVec& faces, const NvFaceInfo& from, int e0, int e1, bool onlyNew)
+// Adds the runs of one direction of growth, from a step of a way on. With `onlyNew` the strip ends at a face that
+// brings no vertex which it lacks. Returns the number of real faces.
+std::size_t NvExperiments::Grow(int place, int direction, bool onlyNew)
 {
+    const StraightWays::Step* steps = m_ways.Steps();
+    int* marks = m_mesh.m_marks.data();
+    int* vertexMarks = m_vertexMarks.data();
+    const int stripId = m_stripId, firstStripId = m_firstStripId;
     std::size_t numReal = 0;
-    int next = from.OppositeTo(from.OtherVertex(e0, e1));
-    while (next >= 0 && !IsMarked(next))
+    int last = place; // the step on the last face that was taken
+    for (place += direction;;)
     {
-        NvFaceInfo& face = m_mesh.m_faces[next];
-        const int vertex = face.OtherVertex(e0, e1);
-        if (onlyNew && std::exchange(m_vertexMarks[vertex], m_stripId) == m_stripId) break;
+        const int first = place;
+        bool isOld = false;
+        for (; marks[steps[place].face] < firstStripId; place += direction)
+        {
+            int& vertexMark = vertexMarks[steps[place + direction].pivot];
+            isOld = onlyNew && vertexMark == stripId;
+            if (isOld) break;
+            vertexMark = stripId;
+            marks[steps[place].face] = stripId;
+        }
+        if (place != first)
+        {
+            const int numFaces = (place - first) * direction;
+            m_current.m_runs.push_back({first, direction, numFaces, false});
+            numReal += static_cast<std::size_t>(numFaces);
+            last = place - direction;
+        }
+        if (isOld) return numReal;
+        const int otherEnd = m_ways.GoRound(place, direction);
+        if (otherEnd != place)
+        {
+            place = otherEnd;
+            continue;
+        }
+        if (numReal == 0) return 0;
 
         // At a dead end the strip turns by a degenerate face, if that leads on.
-        int beyond = face.OppositeTo(e0);
-        if (beyond < 0 || IsMarked(beyond))
-        {
-            const int aside = face.OppositeTo(e1);
-            if (aside >= 0 && !IsMarked(aside))
-            {
-                m_current.m_fakes.emplace_back(e0, e1);
-                faces.push_back(-static_cast<int>(m_current.m_fakes.size()));
-                e1 = e0;
-                beyond = aside;
-            }
-        }
-        faces.push_back(next);
-        face.m_testStripId = m_stripId;
-        ++numReal;
-        e0 = e1;
-        e1 = vertex;
-        next = beyond;
+        const int pivot = steps[last - direction].pivot;
+        const int turned = m_ways.PlaceOf(steps[last].face, pivot);
+        if (turned < 0) return numReal;
+        direction = m_ways.DirectionTo(turned, steps[last + direction].pivot);
+        place = m_ways.GoRound(turned + direction, direction);
+        if (IsMarked(steps[place].face)) return numReal;
+        m_current.m_runs.back().turns = true;
     }
-    return numReal;
 }
 
 // Finds where the next strip may begin: around the vertex that the last one went towards. False when nowhere.
@@ -207,27 +210,48 @@ bool NvExperiments::SharesEdge(int face) const
 void NvExperiments::CommitStrips(NvStripList& list)
 {
     assert(m_bestSize > 0.0f);
-    std::size_t begin = 0;
-    for (const std::size_t end : m_best.m_ends)
+    for (std::size_t i = 0; i < m_best.m_strips.size(); ++i)
     {
-        const int stripId = static_cast<int>(list.m_strips.size());
-        list.m_strips.push_back({list.m_faces.size(), end - begin});
-        for (; begin < end; ++begin)
+        const std::size_t begin = list.m_faces.size();
+        AppendFaces(m_best, i, list.m_faces, true);
+        list.m_strips.push_back({begin, list.m_faces.size() - begin});
+        for (std::size_t place = begin; place < list.m_faces.size(); ++place)
         {
-            int face = m_best.m_faces[begin];
-            if (face < 0)
-            {
-                const std::pair<int, int> edge = m_best.m_fakes[-1 - face];
-                face = static_cast<int>(m_mesh.m_faces.size());
-                m_mesh.m_faces.emplace_back(edge.first, edge.second, edge.first);
-            }
-            else
-                --m_numFreeFaces;
-            m_mesh.m_faces[face].m_stripId = stripId;
-            list.m_faces.push_back(face);
+            const int face = list.m_faces[place];
+            if (face >= static_cast<int>(m_mesh.m_numRealFaces)) continue;
+            m_mesh.m_marks[face] = NvMesh::TAKEN;
+            --m_numFreeFaces;
         }
     }
     m_bestSize = 0.0f;
+}
+
+// Appends the faces of a strip in their order, from the end of its backward growth to the end of the forward one.
+void NvExperiments::AppendFaces(const Result& result, std::size_t number, IntVec& faces, bool withFakes)
+{
+    const Strip& strip = result.m_strips[number];
+    const std::size_t begin = faces.size();
+    for (std::size_t i = strip.forwardEnd; i < strip.end; ++i) AppendRun(result.m_runs[i], faces, withFakes);
+    std::reverse(faces.begin() + begin, faces.end());
+    faces.push_back(strip.startFace);
+    const std::size_t firstRun = number > 0 ? result.m_strips[number - 1].end : 0;
+    for (std::size_t i = firstRun; i < strip.forwardEnd; ++i) AppendRun(result.m_runs[i], faces, withFakes);
+}
+
+// Appends the faces of a run as they came; of the mesh's faces a fake one becomes the last.
+void NvExperiments::AppendRun(const StraightRun& run, IntVec& faces, bool withFakes)
+{
+    const StraightWays::Step* step = m_ways.Steps() + run.first;
+    for (int i = 0; i < run.numFaces; ++i, step += run.direction)
+    {
+        if (withFakes && run.turns && i + 1 == run.numFaces)
+        {
+            const int e0 = (step - run.direction)->pivot, e1 = step->pivot;
+            faces.push_back(static_cast<int>(m_mesh.m_faces.size()));
+            m_mesh.m_faces.emplace_back(e0, e1, e0);
+        }
+        faces.push_back(step->face);
+    }
 }
 
 } // namespace NVIDIA

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "NvEdgeWalk.h"
+#include "NvStraightWays.h"
 #include "nvtristrip/NvStripList.h"
 
-#include <utility>
+#include <cstddef>
+#include <vector>
 
 namespace NVIDIA
 {
@@ -32,38 +34,54 @@ private:
         bool m_toV1;
     };
 
+    // Faces that a strip takes straight on along a way. Where it turns at the end, a fake face lies in front of the
+    // last.
+    struct StraightRun
+    {
+        int first; // place of a step
+        int direction;
+        int numFaces; // at least one
+        bool turns;
+    };
+
+    struct Strip
+    {
+        int startFace;
+        std::size_t forwardEnd; // of its runs those to one side end here, and then come those to the other
+        std::size_t end;
+    };
+
     // The strips of one experiment, of which each goes on to the beginning of the next.
     struct Result
     {
-        void Clear();
-
-        IntVec m_faces;                           // real faces by their places, fake ones as -1 - place in m_fakes
-        std::vector<std::pair<int, int>> m_fakes; // the two vertices of the edge that each stands for
-        std::vector<std::size_t> m_ends;          // where each strip ends in m_faces
+        std::vector<StraightRun> m_runs;
+        std::vector<Strip> m_strips;
     };
 
     void BeginNumbersAgain();
     float Run(int start, NvStripStartInfo startInfo);
     std::size_t Build(const NvStripStartInfo& startInfo);
-    std::size_t Grow(IntVec& faces, const NvFaceInfo& from, int e0, int e1, bool onlyNew);
+    std::size_t Grow(int place, int direction, bool onlyNew);
     bool FindTraversal(NvStripStartInfo& startInfo);
     bool SharesEdge(int face) const;
-    bool IsInStrip(int face) const { return face >= 0 && m_mesh.m_faces[face].m_testStripId == m_stripId; }
-    bool IsMarked(int face) const { return m_mesh.m_faces[face].IsMarked(m_firstStripId); }
+    bool IsInStrip(int face) const { return face >= 0 && m_mesh.m_marks[face] == m_stripId; }
+    bool IsMarked(int face) const { return m_mesh.IsMarked(face, m_firstStripId); }
     bool IsAlone(const NvFaceInfo& face);
     bool IsRepeated(int start, int towards);
+    void AppendFaces(const Result& result, std::size_t number, IntVec& faces, bool withFakes);
+    void AppendRun(const StraightRun& run, IntVec& faces, bool withFakes);
 
     NvMesh& m_mesh; // must stay
+    StraightWays m_ways;
     EdgeWalk m_walk;
     std::size_t m_numFreeFaces;
     Result m_best, m_current;
-    float m_bestSize = 0.0f;                // real faces for each strip of the best experiment, 0 for none
-    int m_stripId = -1;                     // the last strip begun; numbers count up over all experiments
-    int m_firstStripId = 0;                 // the first strip of the running experiment
-    IntVec m_forwardFaces, m_backwardFaces; // the strip that grows, to both sides of its first face
-    IntVec m_vertexMarks;                   // by vertex: the last strip that looked for new vertices and had it
-    IntVec m_firstStrips[6];                // by start: real faces of the first strip from the face that is tried
-    int m_towards[6] = {};                  // by start: the vertex that it goes towards
+    float m_bestSize = 0.0f; // real faces for each strip of the best experiment, 0 for none
+    int m_stripId = -1;      // the last strip begun; numbers count up over all experiments
+    int m_firstStripId = 0;  // the first strip of the running experiment
+    IntVec m_vertexMarks;    // by vertex: the last strip that had it
+    IntVec m_firstStrips[6]; // by start: real faces of the first strip from the face that is tried
+    int m_towards[6] = {};   // by start: the vertex that it goes towards
 };
 
 } // namespace NVIDIA

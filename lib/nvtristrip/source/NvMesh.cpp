@@ -106,6 +106,8 @@ void NvMesh::BuildStripifyInfo(const WordVec& indices, unsigned int maxIndex)
     }
 
     m_numRealFaces = m_faces.size();
+    m_marks.assign(m_numRealFaces, NOT_TAKEN);
+    m_marks.resize(m_numRealFaces + 2, TAKEN);
     for (std::size_t place = 0; place < m_numRealFaces; ++place)
     {
         for (int side = 0; side < 3; ++side)

@@ -64,9 +64,9 @@ int NvStripifier::FindGoodResetPoint()
 
     meshJump += 0.1f;
     if (meshJump > 1.0f) meshJump = 0.05f;
-    const NvFaceInfo* nextFace = &m_mesh.m_faces[place];
-    assert(nextFace->m_stripId < 0);
-    return static_cast<int>(place);
+    const int nextFace = static_cast<int>(place);
+    assert(!m_mesh.IsTaken(nextFace));
+    return nextFace;
 }
 
 // The first face at `place` or behind it that has no strip; the number of faces when there is none. The links skip runs
@@ -74,7 +74,7 @@ int NvStripifier::FindGoodResetPoint()
 std::size_t NvStripifier::FindFreeFace(std::size_t place)
 {
     std::size_t found = place;
-    while (found < m_skipTo.size() && m_mesh.m_faces[found].m_stripId >= 0) found = m_skipTo[found];
+    while (found < m_skipTo.size() && m_mesh.IsTaken(static_cast<int>(found))) found = m_skipTo[found];
     while (place < found) place = std::exchange(m_skipTo[place], static_cast<int>(found));
     return found;
 }

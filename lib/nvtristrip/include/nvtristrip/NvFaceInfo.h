@@ -8,9 +8,8 @@ namespace NVIDIA
 typedef std::vector<unsigned int> WordVec;
 typedef std::vector<int> IntVec;
 
-// One triangle. Faces know each other by their places in one array. What growing a strip looks at lies together in
-// half a line of the processor's cache: it goes through all faces many times.
-struct alignas(32) NvFaceInfo
+// One triangle. Faces know each other by their places in one array.
+struct NvFaceInfo
 {
     NvFaceInfo(int v0, int v1, int v2) : m_v0(v0), m_v1(v1), m_v2(v2) {}
 
@@ -22,23 +21,17 @@ struct alignas(32) NvFaceInfo
     // The third vertex of a face that has both of these.
     int OtherVertex(int a, int b) const { return m_v0 ^ m_v1 ^ m_v2 ^ a ^ b; }
 
-    // The face behind the edge between the two vertices that are not this one.
-    int OppositeTo(int vertex) const { return m_opposite[vertex == m_v1 ? 1 : vertex == m_v2 ? 2 : 0]; }
+    // 0, 1 or 2 for a vertex that it has.
+    int CornerOf(int vertex) const { return vertex == m_v1 ? 1 : vertex == m_v2 ? 2 : 0; }
 
-    // Whether the face is taken, really or by the experiment that began with the strip of this number.
-    bool IsMarked(int firstTestStrip) const { return m_stripId >= 0 || m_testStripId >= firstTestStrip; }
+    // The face behind the edge between the two vertices that are not this one.
+    int OppositeTo(int vertex) const { return m_opposite[CornerOf(vertex)]; }
 
     int m_v0, m_v1, m_v2;
 
     // By vertex: what lies behind the edge without it, -1 for nothing. Where more than two faces meet in an edge, it
     // joins the first two, and the others have none across it.
     int m_opposite[3] = {-1, -1, -1};
-
-    int m_stripId = -1; // the strip that it really belongs to, -1 for none
-
-    // The last strip of an experiment that took it. These numbers count up over all experiments, so they tell the
-    // experiment too, and marks of earlier ones need not be wiped off.
-    int m_testStripId = -1;
 };
 
 typedef std::vector<NvFaceInfo> NvFaceInfoVec;
