@@ -14,6 +14,12 @@ namespace
 // Strips are numbered up to here and the length of one experiment more.
 const int MAX_STRIP_ID = INT_MAX / 2;
 
+// The parts are measured when experiments have cost some times as much: a strip counts as this many faces.
+const std::size_t WORK_FOR_STRIP = 16, WORK_FOR_MEASURE = 32;
+
+// Up to here singles hold all whole numbers, so that no mean comes above the largest of its numbers.
+const std::size_t MAX_EXACT = 1 << 24;
+
 } // namespace
 
 NvExperiments::NvExperiments(NvMesh& mesh)
@@ -27,7 +33,7 @@ void NvExperiments::Try(int face)
     assert(!m_mesh.IsTaken(face));
     int numStarts = 6;
     if (IsAlone(m_mesh.m_faces[face])) numStarts = m_bestSize > 0.0f ? 0 : 1; // all make a strip of one face
-    for (int start = 0; start < numStarts; ++start)
+    for (int start = 0; start < numStarts && m_bestSize < m_longest; ++start)
     {
         const float size = Run(start, {face, m_mesh.m_edgesOfFace[face][start / 2], start % 2 == 0});
         if (size <= m_bestSize) continue;
@@ -66,7 +72,9 @@ float NvExperiments::Run(int start, NvStripStartInfo startInfo)
     for (;;)
     {
         ++m_stripId;
-        numReal += Build(startInfo);
+        const std::size_t numAdded = Build(startInfo);
+        numReal += numAdded;
+        m_work += numAdded + WORK_FOR_STRIP;
         const std::size_t numStrips = m_current.m_strips.size();
 
         // The best that can come is the end here, or one more strip over all faces that are left.
@@ -224,6 +232,34 @@ void NvExperiments::CommitStrips(NvStripList& list)
         }
     }
     m_bestSize = 0.0f;
+    if (m_work >= WORK_FOR_MEASURE * m_mesh.m_numRealFaces && m_mesh.m_numRealFaces <= MAX_EXACT) MeasureParts();
+}
+
+// Finds how many faces the largest part of the mesh has that still hangs together: no strip can be longer.
+void NvExperiments::MeasureParts()
+{
+    m_work = 0;
+    m_longest = 0.0f;
+    const int visited = ++m_stripId;
+    IntVec waiting;
+    for (std::size_t face = 0; face < m_mesh.m_numRealFaces; ++face)
+    {
+        std::size_t numFaces = 0;
+        const auto visit = [&](int reached) {
+            if (reached < 0 || m_mesh.IsMarked(reached, visited)) return;
+            m_mesh.m_marks[reached] = visited;
+            waiting.push_back(reached);
+            ++numFaces;
+        };
+        visit(static_cast<int>(face));
+        while (!waiting.empty())
+        {
+            const int from = waiting.back();
+            waiting.pop_back();
+            for (const int neighbor : m_mesh.m_faces[from].m_opposite) visit(neighbor);
+        }
+        m_longest = std::max(m_longest, static_cast<float>(numFaces));
+    }
 }
 
 // Appends the faces of a strip in their order, from the end of its backward growth to the end of the forward one.

@@ -4,6 +4,7 @@
 #include "NvStraightWays.h"
 #include "nvtristrip/NvStripList.h"
 
+#include <cfloat>
 #include <cstddef>
 #include <vector>
 
@@ -68,6 +69,7 @@ private:
     bool IsMarked(int face) const { return m_mesh.IsMarked(face, m_firstStripId); }
     bool IsAlone(const NvFaceInfo& face);
     bool IsRepeated(int start, int towards);
+    void MeasureParts();
     void AppendFaces(const Result& result, std::size_t number, IntVec& faces, bool withFakes);
     void AppendRun(const StraightRun& run, IntVec& faces, bool withFakes);
 
@@ -75,6 +77,8 @@ private:
     StraightWays m_ways;
     EdgeWalk m_walk;
     std::size_t m_numFreeFaces;
+    float m_longest = FLT_MAX; // no strip has more real faces
+    std::size_t m_work = 0;    // since that was measured
     Result m_best, m_current;
     float m_bestSize = 0.0f; // real faces for each strip of the best experiment, 0 for none
     int m_stripId = -1;      // the last strip begun; numbers count up over all experiments
