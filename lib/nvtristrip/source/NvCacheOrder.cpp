@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <functional>
 #include <map>
+#include <utility>
 
 namespace NVIDIA
 {
@@ -58,7 +59,7 @@ CacheOrder::CacheOrder(const NvFaceInfoVec& faces, const VertexCache& cache, std
 
 template <class Visit> void CacheOrder::VisitVertices(const Item& item, Visit visit) const
 {
-    for (std::size_t i = 0; i < item.numFaces; ++i)
+    for (int i = 0; i < item.numFaces; ++i)
     {
         const NvFaceInfo& face = m_faces[item.faces[i]];
         for (const int vertex : {face.m_v0, face.m_v1, face.m_v2}) visit(vertex);
@@ -67,7 +68,7 @@ template <class Visit> void CacheOrder::VisitVertices(const Item& item, Visit vi
 
 void CacheOrder::AddItem(const int* faces, std::size_t numFaces, bool isCW)
 {
-    m_items.push_back({faces, numFaces, isCW, true, false, isCW, 0, 0.0f});
+    m_items.push_back({faces, static_cast<int>(numFaces), isCW, 0, 0.0f, isCW, true, false});
 }
 
 void CacheOrder::Start()
@@ -78,17 +79,25 @@ void CacheOrder::Start()
     MakePools(numUses);
 
     // Each vertex begins where its last use comes to lie, once all have been put in.
-    const auto isListed = [&](const Item& item, int vertex) { return item.pool < 2 || numUses[vertex] < HUB_USES; };
-    for (const Item& item : m_items)
-        VisitVertices(item, [&](int vertex) { m_firstUse[vertex] += isListed(item, vertex); });
+    IntVec lastItem(m_numVertices, -1);
+    const auto visitUses = [&](auto visit) {
+        for (std::size_t i = 0; i < m_items.size(); ++i)
+        {
+            const int number = static_cast<int>(i);
+            VisitVertices(m_items[i], [&](int vertex) {
+                if (m_items[i].pool < 2 || numUses[vertex] < HUB_USES)
+                    visit(number, vertex, std::exchange(lastItem[vertex], number) != number);
+            });
+        }
+    };
+    visitUses([this](int, int vertex, bool isNew) { m_firstUse[vertex] += isNew; });
     for (std::size_t i = 1; i < m_firstUse.size(); ++i) m_firstUse[i] += m_firstUse[i - 1];
     m_uses.resize(m_firstUse.back());
-    for (const Item& item : m_items)
-    {
-        VisitVertices(item, [&](int vertex) {
-            if (isListed(item, vertex)) m_uses[--m_firstUse[vertex]] = static_cast<int>(&item - m_items.data());
-        });
-    }
+    std::fill(lastItem.begin(), lastItem.end(), -1);
+    visitUses([this](int item, int vertex, bool isNew) {
+        if (isNew) m_uses[--m_firstUse[vertex]] = {item, 0};
+        ++m_uses[m_firstUse[vertex]].number;
+    });
 }
 
 void CacheOrder::MakePools(const IntVec& numUses)
@@ -99,7 +108,7 @@ void CacheOrder::MakePools(const IntVec& numUses)
     std::map<std::vector<std::size_t>, IntVec> alike;
     for (std::size_t i = 0; i < m_items.size(); ++i)
     {
-        std::vector<std::size_t> key = {m_items[i].isCW, m_items[i].numFaces};
+        std::vector<std::size_t> key = {m_items[i].isCW, static_cast<std::size_t>(m_items[i].numFaces)};
         VisitVertices(m_items[i], [&](int vertex) {
             if (numUses[vertex] >= HUB_USES) key.push_back(vertex);
         });
@@ -216,13 +225,14 @@ void CacheOrder::Take(int item)
 
 void CacheOrder::Touch(int vertex, int change)
 {
-    for (std::size_t use = m_firstUse[vertex]; use < m_firstUse[vertex + 1]; ++use)
+    for (int place = m_firstUse[vertex]; place < m_firstUse[vertex + 1]; ++place)
     {
-        Item& item = m_items[m_uses[use]];
+        const Use& use = m_uses[place];
+        Item& item = m_items[use.item];
         if (!item.waiting) continue;
-        if (!item.touched) m_touchedItems.push_back(m_uses[use]);
+        if (!item.touched) m_touchedItems.push_back(use.item);
         item.touched = true;
-        item.hits += change;
+        item.hits += change * use.number;
     }
     if (m_hubs.empty()) return;
     const auto hub = m_hubs.find(vertex);

@@ -36,16 +36,23 @@ public:
     void Take(int item);
 
 private:
-    struct Item
+    // They are come to in no order, so each lies within one line of the processor's cache.
+    struct alignas(32) Item
     {
         const int* faces; // not owned
-        std::size_t numFaces;
-        bool isCW;
-        bool waiting;
-        bool touched; // the hits have changed since `score` was computed
+        int numFaces;
         int pool;
         int hits;    // of vertices that are not counted by the pool
         float score; // of these hits alone
+        bool isCW;
+        bool waiting;
+        bool touched; // the hits have changed since `score` was computed
+    };
+
+    struct Use
+    {
+        int item;
+        int number; // corners of its faces
     };
 
     typedef std::pair<float, int> Entry; // score and number of an item
@@ -87,9 +94,9 @@ private:
     std::unordered_map<int, std::vector<std::pair<int, int>>> m_hubs; // pools, and hits of each of their items
     std::size_t m_firstWaiting = 0;                                   // no item in front of it waits
     std::size_t m_endWaiting[2] = {};                                 // by winding: from here on none waits
-    std::vector<std::size_t> m_firstUse; // by vertex, and one more: where its uses begin in m_uses
-    IntVec m_uses;                       // the items of all vertices, once for each corner of a face
-    IntVec m_changes;                    // by vertex: how often it came into the cache less how often it went
+    IntVec m_firstUse; // by vertex, and one more: where its uses begin in m_uses
+    std::vector<Use> m_uses;
+    IntVec m_changes; // by vertex: how often it came into the cache less how often it went
     IntVec m_changedVertices, m_touchedItems;
 };
 
