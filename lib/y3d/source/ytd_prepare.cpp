@@ -104,12 +104,7 @@ bool sameVertex(const Attributes& attributes, std::size_t a, std::size_t b)
 class KeptVertices
 {
 public:
-    KeptVertices(const Attributes& attributes, std::size_t number) : m_attributes(attributes)
-    {
-        std::size_t size = 16;
-        while (size < 2 * number) size *= 2;
-        m_cells.assign(size, {0, NONE});
-    }
+    explicit KeptVertices(const Attributes& attributes) : m_attributes(attributes), m_cells(16, {0, NONE}) {}
 
     // The place of the first kept vertex that equals one; the number of kept ones when none does.
     std::size_t find(std::size_t vertex) const
@@ -151,6 +146,7 @@ public:
             cell = {hash, m_kept.size()};
         }
         m_kept.push_back({vertex, next});
+        if (2 * m_kept.size() > m_cells.size()) doubleCells();
     }
 
     std::size_t size() const { return m_kept.size(); }
@@ -194,6 +190,17 @@ private:
         std::size_t slot = hash & (m_cells.size() - 1);
         while (m_cells[slot].last != NONE && m_cells[slot].hash != hash) slot = (slot + 1) & (m_cells.size() - 1);
         return slot;
+    }
+
+    // No more slots than what is kept needs stay in the processor's cache longer.
+    void doubleCells()
+    {
+        std::vector<Cell> before(2 * m_cells.size(), {0, NONE});
+        before.swap(m_cells);
+        for (const Cell& cell : before)
+        {
+            if (cell.last != NONE) m_cells[slotOf(cell.hash)] = cell;
+        }
     }
 
     std::size_t findIn(std::size_t place, std::size_t vertex, std::size_t first) const
@@ -288,7 +295,7 @@ void Utils::mergeVertices(y3d::Submesh* submesh)
         for (const y3d::Index index : *submesh->getIndices()) used[index] = true;
     }
 
-    KeptVertices kept(attributes, numVertices);
+    KeptVertices kept(attributes);
     std::vector<char> removed(numVertices);
     std::vector<y3d::Index> numbers(numVertices); // without meaning for vertices that are not used
     for (std::size_t i = 0; i < numVertices; ++i)
