@@ -77,6 +77,14 @@ Indices hub(unsigned int numTriangles)
     return indices;
 }
 
+// Two fans around the same rim, in any order.
+Indices shuffledFans(unsigned int numTriangles)
+{
+    Indices indices;
+    for (unsigned int i = 0; i < numTriangles; ++i) indices.insert(indices.end(), {i % 2, 2 + i / 2, 3 + i / 2});
+    return shuffled(indices);
+}
+
 // Any three of half as many vertices.
 Indices soup(unsigned int numTriangles)
 {
@@ -145,6 +153,7 @@ BENCHMARK_CAPTURE(ordering, shuffledTorus, shuffledTorus)->SIZES;
 BENCHMARK_CAPTURE(ordering, soup, soup)->SIZES;
 BENCHMARK_CAPTURE(ordering, fan, fan)->SIZES;
 BENCHMARK_CAPTURE(ordering, hub, hub)->SIZES;
+BENCHMARK_CAPTURE(ordering, shuffledFans, shuffledFans)->SIZES;
 COMPARED(grid);
 COMPARED(torus);
 COMPARED(shuffledTorus);

@@ -15,6 +15,8 @@ namespace NVIDIA
 namespace
 {
 
+const unsigned int MAX_TRIANGLES = 1u << 27; // places, up to nine for each, are integers
+
 unsigned int cacheSize = 16;
 unsigned int minStripSize = 0;
 unsigned int restartVal = 0;
@@ -159,6 +161,9 @@ void DisableRestart()
 bool GenerateStrips(const unsigned int* indices, unsigned int numIndices, PrimitiveGroup** groups,
                     unsigned int* numGroups, bool validate)
 {
+    if (numIndices / 3 > MAX_TRIANGLES)
+        throw Exception("NVIDIA::GenerateStrips, There are too many triangles (%u of at most %u)", numIndices / 3,
+                        MAX_TRIANGLES);
     const WordVec input(indices, indices + numIndices / 3 * 3); // triples are what is walked
     WordVec working = input;
     const Numbering numbering(working);

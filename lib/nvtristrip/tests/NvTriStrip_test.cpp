@@ -264,6 +264,9 @@ TEST(NvTriStrip, numbersVerticesByFirstUseAcrossGroups)
 TEST(NvTriStrip, refusesAbsurdInputAndTakesDistantVertices)
 {
     EXPECT_THROW(generate({0, 1, 4294967295u}, {}), Exception);
+    PrimitiveGroup* groups = nullptr;
+    unsigned number = 0;
+    EXPECT_THROW(GenerateStrips(nullptr, 4294967295u, &groups, &number), Exception);
     const unsigned far = 2147483647u;
     Indices close = grid(6, 5, false), distant = close;
     for (unsigned& index : distant) index = far - 41 * 50000000u + index * 50000000u;

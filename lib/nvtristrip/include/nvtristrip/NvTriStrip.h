@@ -58,7 +58,7 @@ void DisableRestart();
 // Returns true. With `validate` false is returned when the groups have a triangle that the input lacks; they are handed
 // over all the same. Restart values are read as vertices there, so with them validation fails.
 //
-// Throws Exception when a vertex of a triangle is above 2^31 - 1.
+// Throws Exception when a vertex of a triangle is above 2^31 - 1, or when there are more than 2^27 triangles.
 bool GenerateStrips(const unsigned int* indices, unsigned int numIndices, PrimitiveGroup** groups,
                     unsigned int* numGroups, bool validate = false);
 
