@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cassert>
 #include <climits>
-#include <iterator>
+#include <utility>
 
 namespace NVIDIA
 {
