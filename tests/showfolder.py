@@ -171,8 +171,7 @@ class Run:
     """The program while it runs. Keys go to it as from a keyboard."""
 
     def __init__(self, show, prefix, environment):
-        # Signals that Python itself ignores are ignored in the program too.
-        self.process = subprocess.Popen([*prefix, PROGRAM], cwd=show.path / "bin", text=True, restore_signals=False,
+        self.process = subprocess.Popen([*prefix, PROGRAM], cwd=show.path / "bin", text=True,
                                         stdout=subprocess.PIPE, stderr=subprocess.PIPE,
                                         env={**os.environ, **environment})
 

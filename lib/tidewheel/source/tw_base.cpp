@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <numeric>
@@ -85,6 +86,11 @@ Base::Base()
       mMiniHUD(nullptr), mTimeOffset(0), mVideoFile(nullptr), mFrameSkip(0)
 {
     mEvents.events = new Event[Events::CAPACITY];
+
+    // A file that would grow too long, or a pipe that nobody reads any more, is a write that fails, and no reason to
+    // end without saving.
+    std::signal(SIGXFSZ, SIG_IGN);
+    std::signal(SIGPIPE, SIG_IGN);
 }
 
 Base::~Base() noexcept(false)
