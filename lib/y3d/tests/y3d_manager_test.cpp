@@ -53,9 +53,16 @@ TEST(Manager, clearsObjectsAsIfTheyWereNew)
     Manager manager;
     load(&manager, corpus("everything.y3d"));
     Scene* scene = manager.mScenes[0];
+    SceneNode* dummy = scene->mChildren[2];
+    TrackColor4f& color = static_cast<Light*>(scene->mChildren[3])->mLightColor;
+    for (TrackBlenderFloat* curve : {&dummy->mPosition.mX, &dummy->mPosition.mZ, &dummy->mRotation.mW,
+                                     &dummy->mRotation.mY, &dummy->mRotation.mZ, &color.mG, &color.mB})
+    {
+        curve->mKeys.resize(1); // which the others have in the file
+    }
     expectClearedAsNew<MeshInstance>(scene->mChildren[0]);
     expectClearedAsNew<Camera>(scene->mChildren[1]);
-    expectClearedAsNew<Dummy>(scene->mChildren[2]);
+    expectClearedAsNew<Dummy>(dummy);
     expectClearedAsNew<Light>(scene->mChildren[3]);
     expectClearedAsNew<Scene>(scene);
     manager.mMeshes[0]->mSubmeshes[0]->mMaterialName.clear(); // which else stays
