@@ -10,6 +10,7 @@
 #include "am_videofile.h"
 #include "fsound.h"
 #include "script_savexml.h"
+#include "xml_exception.h"
 
 #include <SDL.h>
 
@@ -367,8 +368,16 @@ void Base::togglePause()
 
 void Base::saveScript()
 {
-    Script::SaveXML writer;
-    writeText(mScriptFile, writer.saveMem(mScriptEngine));
+    try
+    {
+        Script::SaveXML writer;
+        writeText(mScriptFile, writer.saveMem(mScriptEngine));
+    }
+    catch (const Xml::XmlException& exception)
+    {
+        // Nested so deep that no file holds it; the file stays as it was, and the show goes on.
+        std::fprintf(stderr, "[Tidewheel] The script cannot be saved: %s\n", exception.what());
+    }
 }
 
 void Base::writeScreenShot(AM::Image& image)
