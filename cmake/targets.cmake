@@ -56,14 +56,14 @@ function(tw_benchmark name)
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bench)
 endfunction()
 
-# tw_fuzzer(name SOURCES file... LINKS target... [CORPUS folder] [SECONDS n])
+# tw_fuzzer(name SOURCES file... LINKS target... [CORPUS folder...] [SECONDS n])
 # A libFuzzer binary; only with clang and TIDEWHEEL_FUZZ. ctest runs it for half a minute, or for the seconds given, over the
 # checked-in corpus; what it finds on the way stays in the build folder.
 function(tw_fuzzer name)
   if(NOT TIDEWHEEL_FUZZ)
     return()
   endif()
-  cmake_parse_arguments(ARG "" "CORPUS;SECONDS" "SOURCES;LINKS" ${ARGN})
+  cmake_parse_arguments(ARG "" "SECONDS" "SOURCES;LINKS;CORPUS" ${ARGN})
   if(NOT ARG_SECONDS)
     set(ARG_SECONDS 30)
   endif()
@@ -72,14 +72,11 @@ function(tw_fuzzer name)
   target_link_options(${name} PRIVATE -fsanitize=fuzzer)
   tw_warnings(${name})
 
-  set(corpus)
-  if(ARG_CORPUS)
-    set(corpus ${CMAKE_CURRENT_SOURCE_DIR}/${ARG_CORPUS})
-  endif()
+  list(TRANSFORM ARG_CORPUS PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
   set(found ${CMAKE_CURRENT_BINARY_DIR}/${name}_found)
   file(MAKE_DIRECTORY ${found})
   add_test(NAME ${name} COMMAND ${name} -max_total_time=${ARG_SECONDS} -timeout=10 -rss_limit_mb=2048 -close_fd_mask=1
-    -print_final_stats=1 -artifact_prefix=${found}/ ${found} ${corpus})
+    -print_final_stats=1 -artifact_prefix=${found}/ ${found} ${ARG_CORPUS})
   set_tests_properties(${name} PROPERTIES LABELS fuzz TIMEOUT 600)
 endfunction()
 

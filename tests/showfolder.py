@@ -15,6 +15,7 @@ import struct
 import subprocess
 import tempfile
 import time
+import unittest
 import wave
 import zipfile
 
@@ -100,8 +101,16 @@ def two_colours(change, end):
 class Show:
     """The folder of a show, with everything that the effects of the program ask for."""
 
-    def __init__(self, script=None, seconds=2.0, width=320, height=240, picture_size=16, settings="", window=None):
+    def __init__(self, script=None, seconds=2.0, width=320, height=240, picture_size=16, settings="", window=None,
+                 disk=None):
+        """`disk` is the size of a disk that the folder gets for itself; where that is not allowed the test is skipped."""
         self.path = pathlib.Path(tempfile.mkdtemp(prefix="show-"))
+        self.zip = self.path / "ourglacierheartcold.sdr"
+        self.disk = disk
+        if disk and subprocess.run(["mount", "-t", "tmpfs", "-o", "size=" + disk, "none", self.path],
+                                   stderr=subprocess.DEVNULL).returncode:
+            self.path.rmdir()
+            raise unittest.SkipTest("mounting is not allowed here")
         for folder in ("bin", "data", "screenshots"):
             (self.path / folder).mkdir()
 
@@ -125,7 +134,7 @@ class Show:
 
     def pack(self):
         """Puts all data into the zip alone."""
-        with zipfile.ZipFile(self.path / "ourglacierheartcold.sdr", "w", zipfile.ZIP_DEFLATED) as archive:
+        with zipfile.ZipFile(self.zip, "w", zipfile.ZIP_DEFLATED) as archive:
             for file in (self.path / "data").iterdir():
                 archive.write(file, file.name)
         shutil.rmtree(self.path / "data")
@@ -164,6 +173,8 @@ class Show:
         return self
 
     def __exit__(self, *_):
+        if self.disk:
+            subprocess.run(["umount", "--lazy", self.path], check=True)
         shutil.rmtree(self.path)
 
 
@@ -171,8 +182,7 @@ class Run:
     """The program while it runs. Keys go to it as from a keyboard."""
 
     def __init__(self, show, prefix, environment):
-        # Signals that Python itself ignores are ignored in the program too.
-        self.process = subprocess.Popen([*prefix, PROGRAM], cwd=show.path / "bin", text=True, restore_signals=False,
+        self.process = subprocess.Popen([*prefix, PROGRAM], cwd=show.path / "bin", text=True,
                                         stdout=subprocess.PIPE, stderr=subprocess.PIPE,
                                         env={**os.environ, **environment})
 
@@ -200,6 +210,7 @@ class Run:
 
         found = wait_until(geometry, "no window came up")
         values = dict(line.split("=") for line in found.split())
+        self.window = int(values["WINDOW"])
         self.middle = [int(values[p]) + int(values[s]) // 2 for p, s in (("X", "WIDTH"), ("Y", "HEIGHT"))]
 
     def colour(self):
@@ -222,6 +233,10 @@ class Run:
         time.sleep(seconds)
         subprocess.run(["xdotool", "keyup", name], check=True)
 
+    def close_window(self):
+        """As its frame does."""
+        SCREEN.send(self.window, "WM_PROTOCOLS", "WM_DELETE_WINDOW")
+
     def send(self, *signals):
         for each in signals:
             self.process.send_signal(each)
@@ -233,7 +248,8 @@ class Screen:
     def __init__(self):
         self.xlib = ctypes.CDLL(ctypes.util.find_library("X11") or "libX11.so.6")
         for name, result in (("XOpenDisplay", ctypes.c_void_p), ("XDefaultRootWindow", ctypes.c_ulong),
-                             ("XGetImage", ctypes.c_void_p), ("XGetPixel", ctypes.c_ulong)):
+                             ("XGetImage", ctypes.c_void_p), ("XGetPixel", ctypes.c_ulong),
+                             ("XInternAtom", ctypes.c_ulong)):
             getattr(self.xlib, name).restype = result
         self.display = ctypes.c_void_p(self.xlib.XOpenDisplay(None))
         self.root = ctypes.c_ulong(self.xlib.XDefaultRootWindow(self.display))
@@ -244,6 +260,14 @@ class Screen:
         value = self.xlib.XGetPixel(image, 0, 0)
         self.xlib.XDestroyImage(image)
         return (value >> 16 & 255, value >> 8 & 255, value & 255)
+
+    def send(self, window, kind, message):
+        """Sends a message to a window."""
+        kind, message = (self.xlib.XInternAtom(self.display, name.encode(), False) for name in (kind, message))
+        client_message = 33
+        event = struct.pack("iLiPLLi5l96x", client_message, 0, True, 0, window, kind, 32, message, 0, 0, 0, 0)
+        self.xlib.XSendEvent(self.display, ctypes.c_ulong(window), False, ctypes.c_long(0), event)
+        self.xlib.XFlush(self.display)
 
 
 SCREEN = Screen()

@@ -1,8 +1,10 @@
 """What goes wrong from outside: how the program ends, what the user reads, and what lies on the disk afterwards."""
 
+import contextlib
 import os
 import shutil
 import signal
+import subprocess
 import unittest
 
 from showfolder import RED, Show, clear_entry, two_colours
@@ -26,8 +28,7 @@ def window(attributes, more=""):
 def change_zip(change):
     def pack_and_change(show):
         show.pack()
-        path = show.path / "ourglacierheartcold.sdr"
-        path.write_bytes(change(path.read_bytes()))
+        show.zip.write_bytes(change(show.zip.read_bytes()))
     return pack_and_change
 
 
@@ -83,9 +84,11 @@ AT_THE_START = (
 
 LONG = two_colours(200, 300)
 RESTRAINED = ("setpriv", "--bounding-set=-dac_override") if os.geteuid() == 0 else ("env",)
+READ_ONLY = ("unshare", "--map-root-user", "--mount", "sh", "-c",
+             'mount --bind .. .. && mount -o remount,bind,ro .. && cd "$PWD" && exec "$0"')
 FULL_DISK = ("prlimit", "--fsize=0")
-
-
+NO_READER = ("bash", "-c", 'exec "$0" > >(true)')
+SMALL_DISK, PACKED = "small disk", "packed"
 WHOLE = ("tidewheel.xml",)
 
 
@@ -93,8 +96,15 @@ def lose_data(show):
     shutil.rmtree(show.path / "data")
 
 
-# What happens while the program plays: what it is; what the program is run under; what is changed under it; the keys
-# pressed, or the signal that ends it; the status and what is read; what is saved. The rest of the disk stays as it was.
+def fill_disk(show):
+    with contextlib.suppress(OSError), open(show.path / "filler", "wb", buffering=0) as filler:
+        while filler.write(bytes(512)):
+            pass
+
+
+# What happens while the program plays: what it is; what the program is run under, or where it lies; what is changed
+# under it; the keys pressed, or the signal that ends it; the status and what is read; what is saved. The rest of the
+# disk stays as it was.
 WHILE_IT_PLAYS = (
     ("terminated", (), None, (), signal.SIGTERM, 0, None, WHOLE),
     ("interrupted", (), None, (), signal.SIGINT, 0, None, WHOLE),
@@ -105,8 +115,24 @@ WHILE_IT_PLAYS = (
     ("configuration broken", (), write("tidewheel.xml", "<demo"), (), signal.SIGTERM, 1,
      "(error at line 1, col 6); EOF (when reading tag at 1:1)", ()),
     ("data gone", (), lose_data, ("ctrl+s", "Escape"), None, 0, None, ("script.xml", *WHOLE)),
+    ("zip cut short", PACKED, lambda show: os.truncate(show.zip, 0), ("ctrl+s", "Escape"), None, 0, None,
+     ("script.xml", *WHOLE)),
     ("disk full", FULL_DISK, None, ("s", "ctrl+s", "Escape"), None, 0, None, ()),
+    ("disk full, a real one", SMALL_DISK, fill_disk, ("s", "ctrl+s", "Escape"), None, 0, None, ()),
+    ("read-only root", READ_ONLY, None, ("s", "ctrl+s", "Escape"), None, 0, None, ()),
+    ("output that nobody reads", NO_READER, None, (), signal.SIGTERM, 0, None, WHOLE),
     ("folder write-protected", RESTRAINED, deny, ("s", "ctrl+s", "Escape"), None, 0, None, ()),
+)
+
+
+# What happens while the program sets up its effects, from a zip: what it is; what is changed under it, or ends it; the
+# error. The status is 1, the configuration is saved, and the rest of the disk stays as it was.
+ABORTED = "User aborted!"
+WHILE_IT_SETS_UP = (
+    ("Escape", lambda show, run: run.keys("Escape"), ABORTED),
+    ("terminated", lambda show, run: run.send(signal.SIGTERM), ABORTED),
+    ("window closed", lambda show, run: run.close_window(), ABORTED),
+    ("zip cut short", lambda show, run: os.truncate(show.zip, 4096), r"[^\n]*\b\w+\.(png|jpg|xml)\b[^\n]*"),
 )
 
 
@@ -147,10 +173,15 @@ class Faults(unittest.TestCase):
                 self.compare(before, show, [] if status else ["tidewheel.xml"])
 
     def test_while_it_plays(self):
-        for name, prefix, change, keys, end, status, text, saved in WHILE_IT_PLAYS:
-            with self.subTest(name), Show(LONG) as show:
+        for name, under, change, keys, end, status, text, saved in WHILE_IT_PLAYS:
+            with self.subTest(name), Show(LONG, disk="1m" if under == SMALL_DISK else None) as show:
+                if under == READ_ONLY and subprocess.run([*READ_ONLY, "true"], cwd=show.path / "bin",
+                                                         stderr=subprocess.DEVNULL).returncode:
+                    self.skipTest("mounting is not allowed here")
+                if under == PACKED:
+                    show.pack()
                 show.write("script.xml", LONG)
-                with show.start(*prefix) as run:
+                with show.start(*([] if isinstance(under, str) else under)) as run:
                     run.focus()
                     run.wait_for(RED)
                     if change:
@@ -180,16 +211,22 @@ class Faults(unittest.TestCase):
                     self.assertEqual((0, ""), run.end()[::2])
             self.compare(before, show, ["tidewheel.xml"])
 
-    def test_leaving_while_effects_are_set_up_is_an_abort(self):
-        for leave in (lambda run: run.keys("Escape"), lambda run: run.send(signal.SIGTERM)):
+    def test_while_it_sets_up(self):
+        for name, change, text in WHILE_IT_SETS_UP:
             # Pictures that take their time, so that the program can be stopped among them.
-            with Show(seconds=300, picture_size=2048) as show, show.start() as run:
-                before = self.listing(show)
-                run.focus()
-                run.send(signal.SIGSTOP)
-                leave(run)
-                run.send(signal.SIGCONT)
-                self.assertEqual((1, "Error: User aborted!\n"), run.end()[::2])
+            with self.subTest(name), Show(LONG, picture_size=2048) as show:
+                for loose in ("track.wav", "script.xml"):
+                    shutil.copy(show.path / "data" / loose, show.path)
+                show.pack()
+                with show.start() as run:
+                    run.focus()
+                    run.send(signal.SIGSTOP)
+                    change(show, run)
+                    before = self.listing(show)
+                    run.send(signal.SIGCONT)
+                    ended, _, errors = run.end()
+                self.assertEqual(1, ended)
+                self.assertRegex(errors, "\\AError: %s\n\\Z" % text)
                 self.compare(before, show, ["tidewheel.xml"])
 
     def test_a_failure_of_an_effect_keeps_the_settings(self):

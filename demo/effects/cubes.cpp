@@ -31,7 +31,7 @@ void Cubes::resetTriggers()
 // Whatever the trigger is called, it splits the cube.
 void Cubes::executeTrigger(float, const std::string&, const std::string&)
 {
-    ++mLevel;
+    if (mLevel <= DEEPEST) ++mLevel; // behind it there is nothing, however often the trigger fires
 }
 
 void Cubes::updateSpline(float, const std::string& name, float value)

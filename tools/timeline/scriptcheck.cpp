@@ -18,7 +18,7 @@ namespace
 
 const double FRAME = 1.0 / 60.0; // seconds
 const double FLOOD = 16;         // firings of a trigger in one frame that nobody means
-const double STANDSTILL = 1e7;   // firings in one frame that stop the show
+const double STANDSTILL = 1e7;   // firings that hold the show up for many frames
 const double NO_MATTER = 0.001;  // seconds; a gap that is shorter is a matter of rounding
 
 const std::vector<std::string> SPLINE_TYPES = {"square", "linear", "bezier", "smooth"};

@@ -153,23 +153,23 @@ class Walk
 public:
     explicit Walk(const std::vector<unsigned char>& bytes) : mBytes(bytes) {}
 
-    std::vector<std::string> run()
+    ChunkWalk run()
     {
         Chunk main;
-        if (!next(HEADER_SIZE, mBytes.size(), &main)) return {};
+        if (!next(HEADER_SIZE, mBytes.size(), &main)) return mWalk;
         tellCut(main, mBytes.size());
         walk(main, "main chunk", 1);
         const std::size_t behind = mBytes.size() - main.end;
         if (behind != 0)
             tell("%s at %zu lie behind the main chunk", counted(behind, "byte", "bytes").c_str(), main.end);
-        if (mNumOthers != 0) mLines.push_back(std::to_string(mNumOthers) + " more of such lines are left out");
-        return mLines;
+        if (mNumOthers != 0) mWalk.lines.push_back(std::to_string(mNumOthers) + " more of such lines are left out");
+        return mWalk;
     }
 
 private:
     template <class... Values> void tell(const char* format, Values... values)
     {
-        if (mLines.size() == MAX_LINES)
+        if (mWalk.lines.size() == MAX_LINES)
         {
             ++mNumOthers;
             return;
@@ -179,7 +179,7 @@ private:
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
         std::snprintf(line, sizeof line, format, values...);
 #pragma GCC diagnostic pop
-        mLines.push_back(line);
+        mWalk.lines.push_back(line);
     }
 
     // The chunk at `offset`, if there is one before `end`.
@@ -235,12 +235,16 @@ private:
             }
             if (child->payload.unit != 0)
                 checkPayload(chunk, child->payload, title);
-            else if (level >= SceneNode::MAX_LEVELS && isNodeOrBone(chunk.id))
+            else if (level >= SceneNode::MAX_LEVELS && (isNode(chunk.id) || chunk.id == CHUNK_BONE))
             {
                 tell("chunk 0x%04X at %zu in %s lies too deep and is skipped", chunk.id, chunk.offset, title.c_str());
             }
             else
+            {
+                // A root bone belongs to its armature.
+                mWalk.numNodes += isNode(chunk.id) || (chunk.id == CHUNK_BONE && parent.id == CHUNK_BONE);
                 walk(chunk, titleOf(chunk, title, number++), level + 1);
+            }
         }
         if (offset == parent.end) return;
         tell("%s at %zu in %s belong to no chunk", counted(parent.end - offset, "byte", "bytes").c_str(), offset,
@@ -262,9 +266,10 @@ private:
         }
     }
 
-    bool isNodeOrBone(unsigned int id) const
+    bool isNode(unsigned int id) const
     {
-        return containers().at(id).isNode || id == CHUNK_BONE;
+        return id == CHUNK_SCENE || id == CHUNK_CAMERA || id == CHUNK_MESHINSTANCE || id == CHUNK_DUMMY ||
+               id == CHUNK_LIGHT || id == CHUNK_ARMATURE;
     }
 
     // "mesh 'tri'", "submesh 0 of mesh 'tri'", "position track of camera 'eye'".
@@ -285,13 +290,13 @@ private:
     }
 
     const std::vector<unsigned char>& mBytes;
-    std::vector<std::string> mLines;
+    ChunkWalk mWalk;
     std::size_t mNumOthers = 0;
 };
 
 } // namespace
 
-std::vector<std::string> walkChunks(const std::vector<unsigned char>& bytes)
+ChunkWalk walkChunks(const std::vector<unsigned char>& bytes)
 {
     return Walk(bytes).run();
 }

@@ -45,13 +45,6 @@ std::size_t countTriangles(const y3d::Mesh& mesh)
     return count;
 }
 
-std::size_t countBones(const y3d::Armature::Bone& bone)
-{
-    std::size_t count = 1;
-    for (const y3d::Armature::Bone* child : bone.mChildren) count += countBones(*child);
-    return count;
-}
-
 // For a person: a line for each thing, indented by two blanks a level.
 
 void line(int level, const std::string& text)

@@ -4,6 +4,7 @@
 #include "y3d_camera.h"
 #include "y3d_chunks.h"
 #include "y3d_light.h"
+#include "y3d_scene.h"
 
 namespace
 {
@@ -27,6 +28,16 @@ NamedTrack namedTrack(const char* name, const y3d::TrackQuatf& track)
 NamedTrack namedTrack(const char* name, const y3d::TrackColor4f& track)
 {
     return {name, {{"r", &track.mR}, {"g", &track.mG}, {"b", &track.mB}, {"a", &track.mA}}};
+}
+
+// Itself and all below it, and the bones that lie below others.
+std::size_t countWithBones(const y3d::SceneNode& node)
+{
+    std::size_t count = 1;
+    if (node.getType() == y3d::CHUNK_ARMATURE)
+        count += countBones(static_cast<const y3d::Armature&>(node).mBoneRoot) - 1;
+    for (const y3d::SceneNode* child : node.mChildren) count += countWithBones(*child);
+    return count;
 }
 
 } // namespace
@@ -73,6 +84,25 @@ std::vector<NamedTrack> tracksOf(const y3d::SceneNode& node)
         tracks.push_back(namedTrack("distance", light.getDistance()));
     }
     return tracks;
+}
+
+std::size_t countBones(const y3d::Armature::Bone& bone)
+{
+    std::size_t count = 1;
+    for (const y3d::Armature::Bone* child : bone.mChildren) count += countBones(*child);
+    return count;
+}
+
+std::string leftOut(std::size_t count)
+{
+    return counted(count, "node or bone", "nodes and bones") + " left out, since too many of the others are empty";
+}
+
+std::size_t countNodes(const y3d::Manager& manager)
+{
+    std::size_t count = 0;
+    for (const y3d::Scene* scene : manager.mScenes) count += countWithBones(*scene);
+    return count;
 }
 
 std::size_t countBelow(const y3d::SceneNode& node)

@@ -40,13 +40,16 @@ public:
 
     Report run()
     {
+        const ChunkWalk walk = walkChunks(mFile.bytes);
+        const std::size_t numLoaded = countNodes(mManager);
+        if (walk.numNodes > numLoaded) warn("file", leftOut(walk.numNodes - numLoaded));
         checkNames("mesh", mManager.mMeshes);
         checkNames("material", mManager.mMaterials);
         checkNames("image", mManager.mImages);
         for (const y3d::Material* material : mManager.mMaterials) checkMaterial(*material);
         checkScenes();
         for (const y3d::Mesh* mesh : mManager.mMeshes) checkMesh(*mesh);
-        for (const std::string& trouble : walkChunks(mFile.bytes)) warn("file", trouble);
+        for (const std::string& trouble : walk.lines) warn("file", trouble);
         return mReport;
     }
 

@@ -68,7 +68,10 @@ SceneFile::SceneFile(const std::string& filename)
 
 void tellLosses(const SceneFile& file)
 {
-    for (const std::string& trouble : walkChunks(file.bytes)) std::fprintf(stderr, "y3d: %s\n", trouble.c_str());
+    const ChunkWalk walk = walkChunks(file.bytes);
+    const std::size_t numLoaded = countNodes(file.manager);
+    if (walk.numNodes > numLoaded) std::fprintf(stderr, "y3d: %s\n", leftOut(walk.numNodes - numLoaded).c_str());
+    for (const std::string& trouble : walk.lines) std::fprintf(stderr, "y3d: %s\n", trouble.c_str());
     for (const y3d::Scene* scene : file.manager.mScenes) tellArmatures(*scene);
 }
 

@@ -26,8 +26,19 @@ public:
     // parent's time, `delta` the step of the timeline. Does nothing if `callbacks` has no effect of this name.
     void update(const float& time, float delta, std::map<std::string, Callback*>& callbacks);
 
+    // The same where all entries of a frame share `firings`, as executeTriggers has it.
+    void update(const float& time, float delta, std::map<std::string, Callback*>& callbacks, int& firings);
+
     // Fires what is due at `time`, in the entry's local seconds, each trigger as often as it takes to catch up.
     void executeTriggers(float time, Callback* callback);
+
+    // The same with at most `firings` in all, which counts down, and no more than half of them for one trigger, so that
+    // the others have their turn. A trigger that is not through goes on in the next frame.
+    void executeTriggers(float time, Callback* callback, int& firings);
+
+    // How often the triggers of one frame fire: far more than a show asks for, and so few that the frame comes to an
+    // end also when the script repeats a trigger 2147483647 times at once.
+    static constexpr int MAX_FIRINGS = 1000000;
 
     // Makes the entry start over: nothing has fired, a reset is due. `delta` is not used; children are not touched.
     void reverse(float delta);
@@ -43,7 +54,7 @@ public:
 
 private:
     Callback* findCallback(const std::map<std::string, Callback*>& callbacks) const;
-    void run(float time, float delta, Callback* callback);
+    void run(float time, float delta, Callback* callback, int& firings);
 };
 
 } // namespace Script

@@ -77,10 +77,16 @@ Effect::~Effect()
 
 void Effect::update(const float& time, float delta, std::map<std::string, Callback*>& callbacks)
 {
+    int firings = MAX_FIRINGS;
+    update(time, delta, callbacks, firings);
+}
+
+void Effect::update(const float& time, float delta, std::map<std::string, Callback*>& callbacks, int& firings)
+{
     const float local = time - mStart;
     Callback* callback = findCallback(callbacks);
     if (!callback) return;
-    run(time, delta, callback);
+    run(time, delta, callback, firings);
 
     LevelStack levels;
     levels.push({this, local, 0});
@@ -97,7 +103,7 @@ void Effect::update(const float& time, float delta, std::map<std::string, Callba
         if (!(child->mStart <= childTime && childTime < child->mEnd && child->mEnabled)) continue;
         callback = child->findCallback(callbacks);
         if (!callback) continue;
-        child->run(childTime, delta, callback);
+        child->run(childTime, delta, callback, firings);
         levels.push({child, childTime - child->mStart, 0});
     }
 }
@@ -109,7 +115,7 @@ Callback* Effect::findCallback(const std::map<std::string, Callback*>& callbacks
 }
 
 // The entry's own part of an update, without its children.
-void Effect::run(float time, float delta, Callback* callback)
+void Effect::run(float time, float delta, Callback* callback, int& firings)
 {
     const float position = (time - mStart) / (mEnd - mStart);
     const float local = time - mStart;
@@ -118,20 +124,28 @@ void Effect::run(float time, float delta, Callback* callback)
         callback->resetTriggers();
         mNeedsReset = false;
     }
-    executeTriggers(local, callback);
+    executeTriggers(local, callback, firings);
     for (Spline* spline : mSplines) spline->update(callback, local);
     callback->update(local, delta, position);
 }
 
 void Effect::executeTriggers(float time, Callback* callback)
 {
+    int firings = MAX_FIRINGS;
+    executeTriggers(time, callback, firings);
+}
+
+void Effect::executeTriggers(float time, Callback* callback, int& firings)
+{
     for (Trigger* trigger : mTriggers)
     {
-        while (trigger->mFired < trigger->mRepeat &&
+        const int left = firings / 2;
+        while (trigger->mFired < trigger->mRepeat && firings > left &&
                time >= static_cast<float>(trigger->mFired) * trigger->mDelay + trigger->mStart)
         {
             callback->executeTrigger(time, trigger->mName, trigger->mValue);
             ++trigger->mFired;
+            --firings;
         }
     }
 }

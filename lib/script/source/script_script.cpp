@@ -30,10 +30,12 @@ bool ScriptEngine::update(const float& time)
     mLastTime = time;
     if (time > mEndTime) return false;
 
+    int firings = Effect::MAX_FIRINGS;
     for (Effect* entry : mEffects)
     {
         if (delta < 0.0f) entry->reverse(delta);
-        if (entry->mEnabled && entry->mStart <= time && time < entry->mEnd) entry->update(time, delta, mCallbacks);
+        if (entry->mEnabled && entry->mStart <= time && time < entry->mEnd)
+            entry->update(time, delta, mCallbacks, firings);
     }
     return true;
 }

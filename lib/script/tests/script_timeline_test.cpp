@@ -188,6 +188,25 @@ TEST_F(Timeline, triggersCatchUpWithTheCurrentTime)
     EXPECT_EQ(at(4.0f), "a.draw(4,1,0.04)");
 }
 
+TEST_F(Timeline, triggersWithoutEndGoOnInTheNextFrame)
+{
+    log.setstate(std::ios::failbit); // which makes it write nothing
+    std::vector<Trigger*> endless;
+    for (int i = 0; i < 30; ++i)
+    {
+        addTrigger(add("a", 0.0f, 9.0f), "endless", 0.0f, 2000000000);
+        endless.push_back(engine.mEffects.back()->mTriggers[0]);
+        if (i == 0) addTrigger(*engine.mEffects[0], "few", 0.0f, 1000, 0.001f);
+    }
+    for (int frame = 1; frame <= 2; ++frame)
+    {
+        engine.update(2.0f);
+        EXPECT_EQ(endless[0]->mFired, frame * Effect::MAX_FIRINGS / 2);
+        EXPECT_EQ(engine.mEffects[0]->mTriggers[1]->mFired, 1000);
+    }
+    EXPECT_EQ(endless[29]->mFired, 0);
+}
+
 TEST_F(Timeline, seekBackResetsAndFiresAgainButChildrenKeepTheirState)
 {
     Effect& entry = add("a", 0.0f, 8.0f);

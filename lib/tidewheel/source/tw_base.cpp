@@ -10,11 +10,13 @@
 #include "am_videofile.h"
 #include "fsound.h"
 #include "script_savexml.h"
+#include "xml_exception.h"
 
 #include <SDL.h>
 
 #include <algorithm>
 #include <climits>
+#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <numeric>
@@ -85,6 +87,11 @@ Base::Base()
       mMiniHUD(nullptr), mTimeOffset(0), mVideoFile(nullptr), mFrameSkip(0)
 {
     mEvents.events = new Event[Events::CAPACITY];
+
+    // A file that would grow too long, or a pipe that nobody reads any more, is a write that fails, and no reason to
+    // end without saving.
+    std::signal(SIGXFSZ, SIG_IGN);
+    std::signal(SIGPIPE, SIG_IGN);
 }
 
 Base::~Base() noexcept(false)
@@ -361,8 +368,16 @@ void Base::togglePause()
 
 void Base::saveScript()
 {
-    Script::SaveXML writer;
-    writeText(mScriptFile, writer.saveMem(mScriptEngine));
+    try
+    {
+        Script::SaveXML writer;
+        writeText(mScriptFile, writer.saveMem(mScriptEngine));
+    }
+    catch (const Xml::XmlException& exception)
+    {
+        // Nested so deep that no file holds it; the file stays as it was, and the show goes on.
+        std::fprintf(stderr, "[Tidewheel] The script cannot be saved: %s\n", exception.what());
+    }
 }
 
 void Base::writeScreenShot(AM::Image& image)

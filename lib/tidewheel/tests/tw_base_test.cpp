@@ -292,6 +292,18 @@ TEST_F(BaseTest, keysMuteSaveAndTakePicturesUnlessATextFieldIsOpen)
     runWith({{keyDown(SDLK_s)}, {}});
     EXPECT_EQ("[Tidewheel] A screenshot needs a window of even height (3)\n", testing::internal::GetCapturedStderr());
     EXPECT_EQ(3u, frames());
+
+    load();
+    Script::Effect* entry = mBase->mScriptEngine.mEffects[0];
+    for (int depth = 0; depth < 50000; ++depth)
+    {
+        entry->mEffects.push_back(new Script::Effect);
+        entry = entry->mEffects[0];
+    }
+    testing::internal::CaptureStderr();
+    runWith({{keyDown(SDLK_s, "ctrl")}, {}});
+    EXPECT_NE(std::string::npos, testing::internal::GetCapturedStderr().find("The script cannot be saved: "));
+    EXPECT_EQ(3u, frames());
 }
 
 TEST_F(BaseTest, theHUDsGetTheTimeOncePerPixelOfTheAxis)

@@ -1,14 +1,32 @@
 #include "y3d_testing.h"
 
+#include "y3d_camera.h"
+#include "y3d_dummy.h"
 #include "y3d_exception.h"
 #include "y3d_image.h"
+#include "y3d_light.h"
 #include "y3d_material.h"
 #include "y3d_mesh.h"
+#include "y3d_meshinstance.h"
 #include "y3d_scene.h"
 #include "y3d_submesh.h"
 #include "y3d_texture.h"
 
 using namespace y3d;
+
+namespace
+{
+
+template <class T, class Object> void expectClearedAsNew(Object* object)
+{
+    ChunkLib::WriteBuffer cleared("Y3DF", 0, 4, 0), fresh("Y3DF", 0, 4, 0);
+    object->clear();
+    object->writeChunk(cleared);
+    T().writeChunk(fresh);
+    EXPECT_EQ(cleared.getData(), fresh.getData());
+}
+
+} // namespace
 
 TEST(Manager, writesWhatItRead)
 {
@@ -28,6 +46,30 @@ TEST(Manager, writesWhatItRead)
     EXPECT_EQ(triangle.getMaterial("mat")->getAttribute(0)->getTexture(0)->getImageName(), "img");
     EXPECT_EQ(triangle.getImage("img")->getFileName(), "a.png");
     EXPECT_EQ(triangle.getScene("Scene")->getChild(0)->getScale().getValue(5).z, 1.0f);
+}
+
+TEST(Manager, clearsObjectsAsIfTheyWereNew)
+{
+    Manager manager;
+    load(&manager, corpus("everything.y3d"));
+    Scene* scene = manager.mScenes[0];
+    SceneNode* dummy = scene->mChildren[2];
+    TrackColor4f& color = static_cast<Light*>(scene->mChildren[3])->mLightColor;
+    for (TrackBlenderFloat* curve : {&dummy->mPosition.mX, &dummy->mPosition.mZ, &dummy->mRotation.mW,
+                                     &dummy->mRotation.mY, &dummy->mRotation.mZ, &color.mG, &color.mB})
+    {
+        curve->mKeys.resize(1); // which the others have in the file
+    }
+    expectClearedAsNew<MeshInstance>(scene->mChildren[0]);
+    expectClearedAsNew<Camera>(scene->mChildren[1]);
+    expectClearedAsNew<Dummy>(dummy);
+    expectClearedAsNew<Light>(scene->mChildren[3]);
+    expectClearedAsNew<Scene>(scene);
+    manager.mMeshes[0]->mSubmeshes[0]->mMaterialName.clear(); // which else stays
+    expectClearedAsNew<Submesh>(manager.mMeshes[0]->mSubmeshes[0]);
+    expectClearedAsNew<Mesh>(manager.mMeshes[0]);
+    expectClearedAsNew<Material>(manager.mMaterials[0]);
+    expectClearedAsNew<Image>(manager.mImages[0]);
 }
 
 TEST(Manager, refusesWhatIsNoFileOfItsVersion)

@@ -3,6 +3,7 @@
 #include "y3d_bonegroup.h"
 #include "y3d_mesh.h"
 #include "y3d_submesh.h"
+#include "y3d_value.h"
 
 using namespace y3d;
 
@@ -17,6 +18,25 @@ const Submesh* loadSubmesh(Manager* manager, const std::string& chunks)
 }
 
 } // namespace
+
+TEST(Value, isReadAsItIsWritten)
+{
+    ChunkLib::WriteBuffer written("Y3DF", 0, 4, 0);
+    writeValue(written, std::string("name"));
+    writeValue(written, MathBase::Vector2f{1, 2});
+    writeValue(written, MathBase::Quatf{3, 4, 5, 6});
+    EXPECT_EQ(bytesOf(written.getData().data() + 6, written.getSize() - 6), text("name") + floats({1, 2, 3, 4, 5, 6}));
+
+    ChunkLib::ReadBuffer buffer(written.getData().data(), static_cast<unsigned int>(written.getSize()), 0);
+    std::string name;
+    MathBase::Vector2f vector;
+    MathBase::Quatf rotation;
+    loadValue(buffer, &name);
+    loadValue(buffer, &vector);
+    loadValue(buffer, &rotation);
+    EXPECT_EQ(name, "name");
+    EXPECT_TRUE(vector.x == 1 && vector.y == 2 && rotation.w == 3 && rotation.z == 6);
+}
 
 TEST(Submesh, takesAsManyElementsAsAChunkHoldsWhole)
 {

@@ -41,7 +41,7 @@ TEST(Utils, namesAFormatByTheListsThatHaveEntries)
     submesh.setNormals(new StructList<Vector3f>);
     EXPECT_EQ(Utils::getFormat(&submesh), 5u);
     submesh.mUVWs[1]->resize(1);
-    for (int channel = 0; channel < 3; ++channel) submesh.mColors.push_back(new StructList<Color4f>(1));
+    for (int channel = 0; channel < 2; ++channel) submesh.mColors.push_back(new StructList<Color4f>(1));
     EXPECT_EQ(Utils::getFormat(&submesh), 1u + 4 + 8 + 16 + 32);
 
     EXPECT_EQ(Utils::getFormatSize(7), 32u);

@@ -3,6 +3,7 @@
 
 import json
 import os
+import re
 import struct
 import subprocess
 import sys
@@ -361,6 +362,13 @@ scene 'Scene': 4 nodes
             1002, "500 more are left out", "standard input: 1500 errors, 0 warnings"))
         _, _, errors = self.run_tool("copy", "-", "-", data=good(more=chunk(0x9000) * 1500))
         self.assertEqual((len(errors.splitlines()), errors.splitlines()[-1]), (1001, "y3d: 500 more of such lines are left out"))
+        whole = [light(), CAMERA, instance(name(""), TRACKS), chunk(0x5130, name("")), ARMATURE] * 2000
+        for empty in (0, 100000):
+            data = scene_file(scene(*whole, *[chunk(0x5130)] * empty))
+            numbers = [re.search(line, self.run_tool(command, "-", data=data)[1].decode())
+                       for command, line in (("info", r"(\d+) nodes"), ("check", r"(\d+) nodes and bones left out"))]
+            self.assertIs(numbers[1] is None, empty == 0)
+            self.assertEqual(sum(int(number[1]) for number in numbers if number), len(whole) + empty)
 
     def test_copy(self):
         data = good(nodes=(MOVING, light()))
