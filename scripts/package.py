@@ -95,7 +95,7 @@ class Show:
         if about:
             try:
                 words = json.loads(about.read_text())
-                self.about.update({key: str(value) for key, value in words.items()})
+                self.about.update({key: str(value) for key, value in words.items() if value})
             except (ValueError, AttributeError) as error:
                 raise PackageError(f"{about}: {error}") from None
 
@@ -110,6 +110,20 @@ class Show:
         """A file about the show, which the tree's own keeps in show/; none if it has none."""
         path = (self.root / "show" if self.own else self.root) / name
         return path if path.is_file() else None
+
+    def licence(self):
+        return TREE / "LICENSE" if self.own else self.page("LICENSE")
+
+    def gaps(self, deb):
+        """What the author has not said yet, in words; most of it is nobody's business but the author's."""
+        words = [] if self.about["group"] or self.about["authors"] else ['who made it ("group" or "authors")']
+        if deb and not self.about["contact"]:
+            words.append('whom to write to ("contact")')
+        place = self.root / "show" if self.own else self.root
+        found = [f"{place / 'about.json'} does not tell " + " and ".join(words)] if words else []
+        if not self.licence():
+            found.append(f"{place / 'LICENSE'} is missing: what others may do with it")
+        return found
 
     def path(self, name):
         for path in [self.chosen.get(name)] + [folder / name for folder in self.folders]:
@@ -405,9 +419,8 @@ def write_texts(stage, show, words):
         text = (show.page(template) or TEMPLATES / template).read_text()
         (stage / name).write_text(fill(text, words) if template != "start" else text.replace("@NAME@", show.name))
     (stage / "start").chmod(0o755)
-    licence = show.page("LICENSE") or (TREE / "LICENSE" if show.own else None)
-    if licence:
-        shutil.copyfile(licence, stage / "LICENSE")
+    if show.licence():
+        shutil.copyfile(show.licence(), stage / "LICENSE")
     if not show.own:
         (stage / "licences").mkdir(exist_ok=True)
         shutil.copyfile(TREE / "LICENSE", stage / "licences/player.txt")
@@ -558,9 +571,11 @@ def make_deb(show, score, names, work, out, moment, moments):
     about = show.about
     documents = stage / "usr/share/doc" / show.name
     documents.mkdir(parents=True, exist_ok=True)
-    licence = (show.page("LICENSE") or TREE / "LICENSE").read_text()
-    (documents / "copyright").write_text(licence)
-    contact = about["contact"] or f"{about['group'] or about['authors'] or show.name} <{show.name}@example.org>"
+    shutil.copyfile(show.licence() or TREE / "LICENSE", documents / "copyright")
+    if not show.own:
+        shutil.copyfile(TREE / "LICENSE", documents / "player.txt")
+    # An address in .invalid is none, and says so.
+    contact = about["contact"] or f"The authors of {show.name} <{show.name}@show.invalid>"
     date = time.strftime("%a, %d %b %Y %H:%M:%S +0000", time.gmtime(moment))
     changes = f"{show.name} ({about['version']}) unstable; urgency=medium\n\n  * The show.\n\n -- {contact}  {date}\n"
     (documents / "changelog.gz").write_bytes(gzip.compress(changes.encode(), 9, mtime=0))
@@ -670,6 +685,8 @@ def run(options):
     size = out.stat().st_size / 1e6
     print(f"{out}: {size:.1f} MB, {len(names)} files of data, sha256 "
           f"{hashlib.sha256(out.read_bytes()).hexdigest()[:16]}...\n{how}")
+    for gap in show.gaps(options.deb):
+        print(f"Note: {gap}")
 
 
 def main():
