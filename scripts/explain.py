@@ -28,8 +28,9 @@ TRUE_COLOUR = ((8, 2), (8, 6))                                                # 
 def findings(show):
     """What is wrong with a show, as `timeline check` finds it. Who only plays has not built that yet."""
     if not all((BIN / name).exists() for name in ("timeline", "y3d")):
-        subprocess.run(["bash", "-c", ". scripts/setup.sh; build_show timeline y3dtool"], cwd=TREE, check=False,
-                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        subprocess.run(["bash", "-c", ". scripts/setup.sh; build_targets='timeline y3dtool'; "
+                        "build 'what looks for the file behind this error' release --preset release"],
+                       cwd=TREE, check=False, stdout=sys.stderr)
     try:
         status, output, _ = tool("timeline", "check", "--show", show.folder, "--json", *show.effect_table())
         found = json.loads(output) if status in (0, 1) else []
