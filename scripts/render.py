@@ -598,7 +598,8 @@ def command_line():
 
 def parse(arguments):
     parser = command_line()
-    options = parser.parse_args(arguments)
+    # Names may stand on both sides of options.
+    options = parser.parse_intermixed_args(arguments)
     # With a place for the output of its own, what is left is the show.
     most = 1 if options.sheet else 2
     if len(options.names) > most:
