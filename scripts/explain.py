@@ -81,6 +81,8 @@ def explain(folder, error):
         return ["%s:%d: the music is '%s'%s" % (where, line, name, " (%s)" % show.label(show.path(name))
                                                  if show.path(name) else "")
                 for name, line in show.values("music", "file")[-1:]]
+    if "Font not" in error:
+        return ["%s is no font of the HUD" % show.label(path) for path in [show.path("tidewheel.font")] if path]
     if "was not found in scene" in error:
         table = show.folder / "effects.xml"
         return list(missing_node(show, (table if table.is_file() else TREE / "demo/effects.xml").read_text()))
@@ -95,10 +97,12 @@ def explain(folder, error):
         chosen = [each for each in found if codes is None or each["code"] in codes]
     if place := re.search(r"error at line (\d+)", error):
         # The same line first, in case that several files are broken.
-        chosen.sort(key=lambda each: each["line"] != int(place[1]))
+        chosen.sort(key=lambda each: "(%s," % place[0] not in each["text"])
     if not chosen and codes == ("bad-picture",):
         return list(pictures(show))
-    return ["%s:%d: %s" % (show.label(each["file"]), each["line"], each["text"]) for each in chosen]
+    # A picture's finding stands in the configuration, which has no part in it.
+    return [("" if each["code"] == "bad-picture" else "%s:%d: " % (show.label(each["file"]), each["line"]))
+            + each["text"].replace("%s/" % show.folder, "") for each in chosen]
 
 
 class Errors(threading.Thread):
