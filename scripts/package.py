@@ -80,6 +80,7 @@ class Show:
     def __init__(self, root, name, script_choice):
         self.root, self.name = root, name
         self.own = root == TREE
+        self.draws = True       # whether the script has an entry that does
         # What authors write comes first; what the build makes of it, the tree's own show alone has.
         self.folders = [root / "data"] + ([BUILD / "show"] if self.own else [])
         self.chosen = {}
@@ -120,7 +121,8 @@ class Show:
         if deb and not self.about["contact"]:
             words.append('whom to write to ("contact")')
         place = self.root / "show" if self.own else self.root
-        found = [f"{place / 'about.json'} does not tell " + " and ".join(words)] if words else []
+        found = [] if self.draws else ["the script has no entry that draws: the picture is of one colour"]
+        found += [f"{place / 'about.json'} does not tell " + " and ".join(words)] if words else []
         if not self.licence():
             found.append(f"{place / 'LICENSE'} is missing: what others may do with it")
         return found
@@ -215,7 +217,8 @@ def gather(show, folder):
         raise PackageError(f"{show.path(name) if name in names else name}:{first['line']}: {first['text']}{more}; "
                            "nothing is packed")
     if found:
-        print(f"Note: timeline check warns {len(found)} times, first: {found[0]['text']}")
+        more = f", and {len(found) - 1} more" if len(found) > 1 else ""
+        print(f"Note: timeline check warns: {found[0]['text']}{more}")
     return names
 
 
@@ -498,6 +501,8 @@ def take_pictures(show, stage, moments):
             (release / "screenshots").mkdir(exist_ok=True)
             pictures[moment] = look(release, release / "start", moment, display, size)
     seen = {moment: picture for moment, picture in pictures.items() if share_of_one_colour(picture) < ONE_COLOUR}
+    if not seen and not show.draws:
+        return dict(list(pictures.items())[:1])
     if not seen:
         raise PackageError("the picture is of one colour at " + ", ".join(f"{moment:g}" for moment in pictures) +
                            " s: there is nothing to be seen; --at chooses other moments")
@@ -621,7 +626,8 @@ def make_deb(show, score, names, work, out, moment, moments):
             launcher.write_text(f"#!/bin/sh\nmkdir -p \"$HOME/{state_folder.parent}\"\n"
                                 f"ln -s '{release}' \"$HOME/{state_folder}\"\nexec '{root}/usr/bin/{show.name}'\n")
             launcher.chmod(0o755)
-            if share_of_one_colour(look(release, launcher, look_at, display, size)) < ONE_COLOUR:
+            picture = look(release, launcher, look_at, display, size)
+            if not show.draws or share_of_one_colour(picture) < ONE_COLOUR:
                 break
         else:
             raise PackageError("the picture is of one colour at all moments that were looked at; --at chooses others")
@@ -672,6 +678,9 @@ def run(options):
         names = gather(show, work)
         pack_data(show, names, work, work / "show.sdr", moment)
         score = Score(work, show.scripts)
+        drawing = {name.get("name") for effect in show.table()[0] if effect.get("draws") == "yes"
+                   for name in effect.iter("name")}
+        show.draws = any(entry["name"] in drawing for entry in score.entries)
         moments = options.at or score.looks()
         if options.deb:
             if folder:
@@ -681,7 +690,8 @@ def run(options):
             how = f"apt install {out}, then {show.name}"
         else:
             count = make_archive(show, score, names, work, out, moment, moments)
-            how = f"{count} pictures of it were looked at; unpack it and run {show.name}/start"
+            looked = "A picture of it was" if count == 1 else f"{count} pictures of it were"
+            how = f"{looked} looked at; unpack it and run {show.name}/start"
     size = out.stat().st_size / 1e6
     print(f"{out}: {size:.1f} MB, {len(names)} files of data, sha256 "
           f"{hashlib.sha256(out.read_bytes()).hexdigest()[:16]}...\n{how}")
