@@ -13,6 +13,7 @@ import json
 import os
 import re
 import select
+import shlex
 import shutil
 import signal
 import subprocess
@@ -393,7 +394,7 @@ class Session:
                 self.show.command("author")))
         elif self.script.loose.is_file():
             say("%s lies in the show's folder and is played before the one in data/. Move it there when it is good:\n"
-                "    mv %s %s" % (self.script.name, self.script.loose, self.script.home))
+                "    %s" % (self.script.name, shlex.join(["mv", str(self.script.loose), str(self.script.home)])))
         self.unlink_files()
         self.lock.truncate(0)
 
