@@ -22,7 +22,7 @@ import tempfile
 import time
 from pathlib import Path
 
-from explain import Errors, explain
+from explain import Errors, explain, over_at_once
 from history import History, write_whole
 from showroot import CONFIGURATION, TREE, ShowRoot, tool
 
@@ -218,6 +218,7 @@ class Session:
         self.script.history.keep(known)
         self.data_seen = self.data_files()
         self.position_given = stamp_of(self.position)
+        self.started = time.monotonic()
         self.process = subprocess.Popen([self.program], cwd=self.folder / "bin", stderr=subprocess.PIPE,
                                         stdout=subprocess.DEVNULL, start_new_session=True)
         self.errors = Errors(self.process.stderr)
@@ -361,8 +362,13 @@ class Session:
     def tell_end(self):
         """What the program's end was; 1 where that was an error."""
         status = self.process.returncode
-        if self.wants_end or status == 0:
+        if self.wants_end:
             return 0
+        if status == 0:
+            lines = over_at_once(self.show.folder, time.monotonic() - self.started)
+            for line in lines:
+                say("    The show is over at once: " + line)
+            return 1 if lines else 0
         if error := self.errors.error():
             for line in explain(self.show.folder, error) or (
                     "No file of the show explains it: it came with a change that was not saved, such as a trigger's value",

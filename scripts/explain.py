@@ -11,6 +11,7 @@ import struct
 import subprocess
 import sys
 import threading
+import time
 
 from showroot import BIN, CONFIGURATION, TREE, ShowRoot, tool
 
@@ -21,13 +22,19 @@ CAUSES = (
     (r"basic_string|std::|vector", ("bad-value",)),
     (r"y3d|Y3D|chunk|Mesh|mesh|material|scene", ("missing-file", "bad-value", "root")),
 )
+NO_LENGTH = ("root", "no-keys", "no-end")    # with these a show is over as it begins, with no word
+AT_ONCE = 10.0                              # seconds, on a slow machine
 MENTIONED = re.compile(r"'([^']+\.\w+)'|\(([^()]+\.\w+)\)|for (\S+\.\w+)$")    # a file that the error does name
 TRUE_COLOUR = ((8, 2), (8, 6))                                                # what a PNG may be: depth, type
 
 
+def has_tools():
+    return all((BIN / name).exists() for name in ("timeline", "y3d"))
+
+
 def findings(show):
     """What is wrong with a show, as `timeline check` finds it. Who only plays has not built that yet."""
-    if not all((BIN / name).exists() for name in ("timeline", "y3d")):
+    if not has_tools():
         subprocess.run(["bash", "-c", ". scripts/setup.sh; build_targets='timeline y3dtool'; "
                         "build 'what looks for the file behind this error' release --preset release"],
                        cwd=TREE, check=False, stdout=sys.stderr)
@@ -72,6 +79,19 @@ def missing_node(show, table):
                 return
 
 
+def line_of(show, finding):
+    # A picture's finding stands in the configuration, which has no part in it.
+    place = "" if finding["code"] == "bad-picture" else "%s:%d: " % (show.label(finding["file"]), finding["line"])
+    return place + finding["text"].replace("%s/" % show.folder, "")
+
+
+def over_at_once(folder, seconds):
+    """Lines that say why a show that ran for so long, without an error, has no end that is worth the name."""
+    show = ShowRoot(folder)
+    found = findings(show) if seconds < AT_ONCE and has_tools() else []
+    return [line_of(show, each) for each in found if each["code"] in NO_LENGTH]
+
+
 def explain(folder, error):
     """Lines that name the file, the line and the entry behind an error of the program; none if nothing is found."""
     show = ShowRoot(folder)
@@ -100,9 +120,7 @@ def explain(folder, error):
         chosen.sort(key=lambda each: "(%s," % place[0] not in each["text"])
     if not chosen and codes == ("bad-picture",):
         return list(pictures(show))
-    # A picture's finding stands in the configuration, which has no part in it.
-    return [("" if each["code"] == "bad-picture" else "%s:%d: " % (show.label(each["file"]), each["line"]))
-            + each["text"].replace("%s/" % show.folder, "") for each in chosen]
+    return [line_of(show, each) for each in chosen]
 
 
 class Errors(threading.Thread):
@@ -133,10 +151,11 @@ def main(arguments):
     for number in (signal.SIGTERM, signal.SIGHUP):
         signal.signal(number, lambda number, _: process.send_signal(number))
     errors = Errors(process.stderr)
+    started = time.monotonic()
     status = process.wait()
-    if error := errors.error():
-        for line in explain(folder, error):
-            print("    " + line, file=sys.stderr)
+    error = errors.error()
+    for line in explain(folder, error) if error else over_at_once(folder, time.monotonic() - started):
+        print("    " + line, file=sys.stderr)
     return status if status >= 0 else 128 - status
 
 
