@@ -101,8 +101,8 @@ function(tw_show name)
   endif()
   get_filename_component(folder ${ARG_ROOT} NAME)
   if(NOT name STREQUAL folder AND NOT ARG_ROOT STREQUAL PROJECT_SOURCE_DIR)
-    message(WARNING "The show in ${ARG_ROOT} is left out: it is called '${name}' in its CMakeLists.txt, which has to be the "
-      "name of its folder. A copy needs its new name there and, ahead of .sdr, in main.cpp.")
+    message(WARNING "The show in ${ARG_ROOT} is left out: it is called '${name}' in its CMakeLists.txt, which has to be "
+      "the name of its folder. A copy needs its new name there and, ahead of .sdr, in main.cpp.")
     return()
   endif()
   find_package(Threads REQUIRED)

@@ -371,8 +371,8 @@ class Session:
             return 1 if lines else 0
         if error := self.errors.error():
             for line in explain(self.show.folder, error) or (
-                    "No file of the show explains it: it came with a change that was not saved, such as a trigger's value",
-                    "that its effect refuses. What was saved is safe."):
+                    "No file of the show explains it: it came with a change that was not saved, such as a trigger's",
+                    "value that its effect refuses. What was saved is safe."):
                 say("    " + line)
         elif status < 0:
             say("The program was ended by signal %d." % -status)

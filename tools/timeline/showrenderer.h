@@ -9,8 +9,8 @@
 namespace Timeline
 {
 
-// Draws frames of a show by its own renderer, the program NAME-render, in a private show folder that borrows the author's
-// files; so scripts can be tried, and this program knows no effect.
+// Draws frames of a show by its own renderer, the program NAME-render, in a private show folder that borrows the
+// author's files; so scripts can be tried, and this program knows no effect.
 class ShowRenderer
 {
 public:
