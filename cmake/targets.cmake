@@ -96,6 +96,12 @@ function(tw_show name)
       set(ARG_BIN ${CMAKE_CURRENT_BINARY_DIR}/bin)
     endif()
   endif()
+  get_filename_component(folder ${ARG_ROOT} NAME)
+  if(NOT name STREQUAL folder AND NOT ARG_ROOT STREQUAL PROJECT_SOURCE_DIR)
+    message(WARNING "The show in ${ARG_ROOT} is left out: it is called '${name}' in its CMakeLists.txt, which has to be "
+      "the name of its folder. A copy needs its new name there and, ahead of .sdr, in main.cpp.")
+    return()
+  endif()
   find_package(Threads REQUIRED)
   # The targets' names cannot meet those of the libraries, whatever a show is called.
   foreach(kind "" -render)

@@ -13,6 +13,7 @@ import json
 import os
 import re
 import select
+import shlex
 import shutil
 import signal
 import subprocess
@@ -21,7 +22,7 @@ import tempfile
 import time
 from pathlib import Path
 
-from explain import Errors, explain
+from explain import Errors, explain, over_at_once
 from history import History, write_whole
 from showroot import CONFIGURATION, TREE, ShowRoot, tool
 
@@ -216,12 +217,14 @@ class Session:
         self.known, self.seen = known, stamp_of(self.saved)
         self.script.history.keep(known)
         self.data_seen = self.data_files()
+        self.position_given = stamp_of(self.position)
+        self.started = time.monotonic()
         self.process = subprocess.Popen([self.program], cwd=self.folder / "bin", stderr=subprocess.PIPE,
                                         stdout=subprocess.DEVNULL, start_new_session=True)
         self.errors = Errors(self.process.stderr)
         self.note()
-        say("%s runs%s. Ctrl+S in it saves; r and Return here, or ./author --restart, starts it again at its place."
-            % (self.show.name, " from %.1f s on" % position if position else ""))
+        say("%s runs%s. Ctrl+S in it saves; r and Return here, or %s --restart, starts it again at its place."
+            % (self.show.name, " from %.1f s on" % position if position else "", self.show.command("author")))
 
     def stop(self):
         """Ends the program; one that has the HUD on screen does not end by itself."""
@@ -312,8 +315,9 @@ class Session:
                 continue
             if path.name == self.script.name and self.script.current() == self.known:
                 continue
-            say("%s %s %s. r and Return here, or ./author --restart, shows it."
-                % (clock(), self.show.label(path), "has changed" if now.get(path) else "is gone"))
+            say("%s %s %s. r and Return here, or %s --restart, shows it."
+                % (clock(), self.show.label(path), "has changed" if now.get(path) else "is gone",
+                   self.show.command("author")))
         self.data_seen = now
 
     def look(self):
@@ -358,17 +362,24 @@ class Session:
     def tell_end(self):
         """What the program's end was; 1 where that was an error."""
         status = self.process.returncode
-        if self.wants_end or status == 0:
+        if self.wants_end:
             return 0
+        if status == 0:
+            lines = over_at_once(self.show.folder, time.monotonic() - self.started)
+            for line in lines:
+                say("    The show is over at once: " + line)
+            return 1 if lines else 0
         if error := self.errors.error():
-            for line in explain(self.show.folder, error):
+            for line in explain(self.show.folder, error) or (
+                    "No file of the show explains it: it came with a change that was not saved, such as a trigger's",
+                    "value that its effect refuses. What was saved is safe."):
                 say("    " + line)
         elif status < 0:
             say("The program was ended by signal %d." % -status)
         else:
             say("The program ended with status %d." % status)
         place = self.last_position()
-        if place:
+        if place and stamp_of(self.position) != self.position_given:
             say("    That was at %.1f s of the show." % place)
         return 1
 
@@ -384,11 +395,12 @@ class Session:
 
     def close(self):
         if self.saves:
-            say("%d save%s; the last one is data/%s%s. ./author --history lists the versions." % (
-                self.saves, "" if self.saves == 1 else "s", self.script.name, self.under_version_control()))
+            say("%d save%s; the last one is data/%s%s. %s --history lists the versions." % (
+                self.saves, "" if self.saves == 1 else "s", self.script.name, self.under_version_control(),
+                self.show.command("author")))
         elif self.script.loose.is_file():
             say("%s lies in the show's folder and is played before the one in data/. Move it there when it is good:\n"
-                "    mv %s %s" % (self.script.name, self.script.loose, self.script.home))
+                "    %s" % (self.script.name, shlex.join(["mv", str(self.script.loose), str(self.script.home)])))
         self.unlink_files()
         self.lock.truncate(0)
 

@@ -11,6 +11,7 @@ import struct
 import subprocess
 import sys
 import threading
+import time
 
 from showroot import BIN, CONFIGURATION, TREE, ShowRoot, tool
 
@@ -21,15 +22,22 @@ CAUSES = (
     (r"basic_string|std::|vector", ("bad-value",)),
     (r"y3d|Y3D|chunk|Mesh|mesh|material|scene", ("missing-file", "bad-value", "root")),
 )
+NO_LENGTH = ("root", "no-keys", "no-end")    # with these a show is over as it begins, with no word
+AT_ONCE = 10.0                              # seconds, on a slow machine
 MENTIONED = re.compile(r"'([^']+\.\w+)'|\(([^()]+\.\w+)\)|for (\S+\.\w+)$")    # a file that the error does name
 TRUE_COLOUR = ((8, 2), (8, 6))                                                # what a PNG may be: depth, type
 
 
+def has_tools():
+    return all((BIN / name).exists() for name in ("timeline", "y3d"))
+
+
 def findings(show):
     """What is wrong with a show, as `timeline check` finds it. Who only plays has not built that yet."""
-    if not all((BIN / name).exists() for name in ("timeline", "y3d")):
-        subprocess.run(["bash", "-c", ". scripts/setup.sh; build_show timeline y3dtool"], cwd=TREE, check=False,
-                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    if not has_tools():
+        subprocess.run(["bash", "-c", ". scripts/setup.sh; build_targets='timeline y3dtool'; "
+                        "build 'what looks for the file behind this error' release --preset release"],
+                       cwd=TREE, check=False, stdout=sys.stderr)
     try:
         status, output, _ = tool("timeline", "check", "--show", show.folder, "--json", *show.effect_table())
         found = json.loads(output) if status in (0, 1) else []
@@ -71,6 +79,19 @@ def missing_node(show, table):
                 return
 
 
+def line_of(show, finding):
+    # A picture's finding stands in the configuration, which has no part in it.
+    place = "" if finding["code"] == "bad-picture" else "%s:%d: " % (show.label(finding["file"]), finding["line"])
+    return place + finding["text"].replace("%s/" % show.folder, "")
+
+
+def over_at_once(folder, seconds):
+    """Lines that say why a show that ran for so long, without an error, has no end that is worth the name."""
+    show = ShowRoot(folder)
+    found = findings(show) if seconds < AT_ONCE and has_tools() else []
+    return [line_of(show, each) for each in found if each["code"] in NO_LENGTH]
+
+
 def explain(folder, error):
     """Lines that name the file, the line and the entry behind an error of the program; none if nothing is found."""
     show = ShowRoot(folder)
@@ -80,6 +101,8 @@ def explain(folder, error):
         return ["%s:%d: the music is '%s'%s" % (where, line, name, " (%s)" % show.label(show.path(name))
                                                  if show.path(name) else "")
                 for name, line in show.values("music", "file")[-1:]]
+    if "Font not" in error:
+        return ["%s is no font of the HUD" % show.label(path) for path in [show.path("tidewheel.font")] if path]
     if "was not found in scene" in error:
         table = show.folder / "effects.xml"
         return list(missing_node(show, (table if table.is_file() else TREE / "demo/effects.xml").read_text()))
@@ -94,10 +117,10 @@ def explain(folder, error):
         chosen = [each for each in found if codes is None or each["code"] in codes]
     if place := re.search(r"error at line (\d+)", error):
         # The same line first, in case that several files are broken.
-        chosen.sort(key=lambda each: each["line"] != int(place[1]))
+        chosen.sort(key=lambda each: "(%s," % place[0] not in each["text"])
     if not chosen and codes == ("bad-picture",):
         return list(pictures(show))
-    return ["%s:%d: %s" % (show.label(each["file"]), each["line"], each["text"]) for each in chosen]
+    return [line_of(show, each) for each in chosen]
 
 
 class Errors(threading.Thread):
@@ -128,10 +151,11 @@ def main(arguments):
     for number in (signal.SIGTERM, signal.SIGHUP):
         signal.signal(number, lambda number, _: process.send_signal(number))
     errors = Errors(process.stderr)
+    started = time.monotonic()
     status = process.wait()
-    if error := errors.error():
-        for line in explain(folder, error):
-            print("    " + line, file=sys.stderr)
+    error = errors.error()
+    for line in explain(folder, error) if error else over_at_once(folder, time.monotonic() - started):
+        print("    " + line, file=sys.stderr)
     return status if status >= 0 else 128 - status
 
 

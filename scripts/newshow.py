@@ -9,6 +9,7 @@ import re
 import shutil
 import struct
 import sys
+import time
 import wave
 from pathlib import Path
 
@@ -83,6 +84,7 @@ def make(folder):
     name = folder.name
     inside = folder.parent == TREE / "shows"
     words = {"@NAME@": name, "@SHOW@": name if inside else str(folder),
+             "@YEAR@": time.strftime("%Y"),
              "@ENGINE@": "two folders above" if inside else "in the tree that made this folder"}
     for source in sorted(TEMPLATE.rglob("*")):
         if source.is_dir():

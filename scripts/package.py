@@ -80,6 +80,7 @@ class Show:
     def __init__(self, root, name, script_choice):
         self.root, self.name = root, name
         self.own = root == TREE
+        self.draws = True       # whether the script has an entry that does
         # What authors write comes first; what the build makes of it, the tree's own show alone has.
         self.folders = [root / "data"] + ([BUILD / "show"] if self.own else [])
         self.chosen = {}
@@ -95,7 +96,7 @@ class Show:
         if about:
             try:
                 words = json.loads(about.read_text())
-                self.about.update({key: str(value) for key, value in words.items()})
+                self.about.update({key: str(value) for key, value in words.items() if value})
             except (ValueError, AttributeError) as error:
                 raise PackageError(f"{about}: {error}") from None
 
@@ -110,6 +111,21 @@ class Show:
         """A file about the show, which the tree's own keeps in show/; none if it has none."""
         path = (self.root / "show" if self.own else self.root) / name
         return path if path.is_file() else None
+
+    def licence(self):
+        return TREE / "LICENSE" if self.own else self.page("LICENSE")
+
+    def gaps(self, deb):
+        """What the author has not said yet, in words; most of it is nobody's business but the author's."""
+        words = [] if self.about["group"] or self.about["authors"] else ['who made it ("group" or "authors")']
+        if deb and not self.about["contact"]:
+            words.append('whom to write to ("contact")')
+        place = self.root / "show" if self.own else self.root
+        found = [] if self.draws else ["the script has no entry that draws: the picture is of one colour"]
+        found += [f"{place / 'about.json'} does not tell " + " and ".join(words)] if words else []
+        if not self.licence():
+            found.append(f"{place / 'LICENSE'} is missing: what others may do with it")
+        return found
 
     def path(self, name):
         for path in [self.chosen.get(name)] + [folder / name for folder in self.folders]:
@@ -201,7 +217,8 @@ def gather(show, folder):
         raise PackageError(f"{show.path(name) if name in names else name}:{first['line']}: {first['text']}{more}; "
                            "nothing is packed")
     if found:
-        print(f"Note: timeline check warns {len(found)} times, first: {found[0]['text']}")
+        more = f", and {len(found) - 1} more" if len(found) > 1 else ""
+        print(f"Note: timeline check warns: {found[0]['text']}{more}")
     return names
 
 
@@ -405,9 +422,8 @@ def write_texts(stage, show, words):
         text = (show.page(template) or TEMPLATES / template).read_text()
         (stage / name).write_text(fill(text, words) if template != "start" else text.replace("@NAME@", show.name))
     (stage / "start").chmod(0o755)
-    licence = show.page("LICENSE") or (TREE / "LICENSE" if show.own else None)
-    if licence:
-        shutil.copyfile(licence, stage / "LICENSE")
+    if show.licence():
+        shutil.copyfile(show.licence(), stage / "LICENSE")
     if not show.own:
         (stage / "licences").mkdir(exist_ok=True)
         shutil.copyfile(TREE / "LICENSE", stage / "licences/player.txt")
@@ -485,6 +501,8 @@ def take_pictures(show, stage, moments):
             (release / "screenshots").mkdir(exist_ok=True)
             pictures[moment] = look(release, release / "start", moment, display, size)
     seen = {moment: picture for moment, picture in pictures.items() if share_of_one_colour(picture) < ONE_COLOUR}
+    if not seen and not show.draws:
+        return dict(list(pictures.items())[:1])
     if not seen:
         raise PackageError("the picture is of one colour at " + ", ".join(f"{moment:g}" for moment in pictures) +
                            " s: there is nothing to be seen; --at chooses other moments")
@@ -558,9 +576,11 @@ def make_deb(show, score, names, work, out, moment, moments):
     about = show.about
     documents = stage / "usr/share/doc" / show.name
     documents.mkdir(parents=True, exist_ok=True)
-    licence = (show.page("LICENSE") or TREE / "LICENSE").read_text()
-    (documents / "copyright").write_text(licence)
-    contact = about["contact"] or f"{about['group'] or about['authors'] or show.name} <{show.name}@example.org>"
+    shutil.copyfile(show.licence() or TREE / "LICENSE", documents / "copyright")
+    if not show.own:
+        shutil.copyfile(TREE / "LICENSE", documents / "player.txt")
+    # An address in .invalid is none, and says so.
+    contact = about["contact"] or f"The authors of {show.name} <{show.name}@show.invalid>"
     date = time.strftime("%a, %d %b %Y %H:%M:%S +0000", time.gmtime(moment))
     changes = f"{show.name} ({about['version']}) unstable; urgency=medium\n\n  * The show.\n\n -- {contact}  {date}\n"
     (documents / "changelog.gz").write_bytes(gzip.compress(changes.encode(), 9, mtime=0))
@@ -606,7 +626,8 @@ def make_deb(show, score, names, work, out, moment, moments):
             launcher.write_text(f"#!/bin/sh\nmkdir -p \"$HOME/{state_folder.parent}\"\n"
                                 f"ln -s '{release}' \"$HOME/{state_folder}\"\nexec '{root}/usr/bin/{show.name}'\n")
             launcher.chmod(0o755)
-            if share_of_one_colour(look(release, launcher, look_at, display, size)) < ONE_COLOUR:
+            picture = look(release, launcher, look_at, display, size)
+            if not show.draws or share_of_one_colour(picture) < ONE_COLOUR:
                 break
         else:
             raise PackageError("the picture is of one colour at all moments that were looked at; --at chooses others")
@@ -657,6 +678,9 @@ def run(options):
         names = gather(show, work)
         pack_data(show, names, work, work / "show.sdr", moment)
         score = Score(work, show.scripts)
+        drawing = {name.get("name") for effect in show.table()[0] if effect.get("draws") == "yes"
+                   for name in effect.iter("name")}
+        show.draws = any(entry["name"] in drawing for entry in score.entries)
         moments = options.at or score.looks()
         if options.deb:
             if folder:
@@ -666,10 +690,13 @@ def run(options):
             how = f"apt install {out}, then {show.name}"
         else:
             count = make_archive(show, score, names, work, out, moment, moments)
-            how = f"{count} pictures of it were looked at; unpack it and run {show.name}/start"
+            looked = "A picture of it was" if count == 1 else f"{count} pictures of it were"
+            how = f"{looked} looked at; unpack it and run {show.name}/start"
     size = out.stat().st_size / 1e6
     print(f"{out}: {size:.1f} MB, {len(names)} files of data, sha256 "
           f"{hashlib.sha256(out.read_bytes()).hexdigest()[:16]}...\n{how}")
+    for gap in show.gaps(options.deb):
+        print(f"Note: {gap}")
 
 
 def main():

@@ -598,7 +598,8 @@ def command_line():
 
 def parse(arguments):
     parser = command_line()
-    options = parser.parse_args(arguments)
+    # Names may stand on both sides of options.
+    options = parser.parse_intermixed_args(arguments)
     # With a place for the output of its own, what is left is the show.
     most = 1 if options.sheet else 2
     if len(options.names) > most:
@@ -827,7 +828,8 @@ def render(options, folder):
         done, output = options.maker(plan, Path(temporary), interrupted)
 
     if interrupted.is_set():
-        print(f"Stopped: {output} holds {done} of {len(plan.times)} frames." if done else
+        more = " The same with --resume goes on." if options.maker is make_pictures else ""
+        print(f"Stopped: {output} holds {done} of {len(plan.times)} frames.{more}" if done else
               "Stopped before the first frame; nothing was written.")
         return 130
     print(f"{output}: {done} frames, from {plan.times[0]:.3f} to {plan.times[-1]:.3f} seconds of the show.")

@@ -3,6 +3,7 @@
 import io
 import os
 import re
+import shlex
 import subprocess
 import zipfile
 from pathlib import Path
@@ -28,6 +29,11 @@ class ShowRoot:
         self.name = OWN_NAME if self.folder == TREE else self.folder.name
         self.data = self.folder / "data"
         self.packed = self.folder / (self.name + ".sdr")
+
+    def command(self, word):
+        """How a command at the root of the tree is called for this show."""
+        words = [] if self.folder == TREE else [self.name if self.folder.parent == TREE / "shows" else str(self.folder)]
+        return shlex.join(["./" + word, *words])
 
     def path(self, name):
         """Where a file of the show lies as a file of its own; None if it does not."""

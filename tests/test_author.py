@@ -124,6 +124,13 @@ class Author(unittest.TestCase):
                 self.assertEqual(1, status, said)
                 self.assertRegex(said, "Error: [^\n]*\n(.*\n)*    [^\n]*" + re.escape(line))
 
+    def test_a_show_that_is_over_at_once_says_why(self):
+        with Show() as show:
+            show.write("data/script.xml", '<script>\n<effect name="sun" start="0" end="9">\n<spline name="alpha"/></effect></script>')
+            status, said = author(show)
+            self.assertEqual(1, status, said)
+            self.assertIn("over at once: data/script.xml:3: ", said)
+
     def test_history_is_thinned(self):
         with Show() as show:
             kept = history.History(show.path, "script.xml")

@@ -60,7 +60,7 @@ class Package(unittest.TestCase):
         self.refused("--script root or --script data")
         (self.show / "script.xml").write_text(SCRIPT.replace('end="9"/>', 'end="9">'))
         self.refused("script.xml:4: ", "--script", "root")
-        (self.show / "script.xml").write_text(SCRIPT.replace('name="scene"', 'name="scene" state="off"'))
+        (self.show / "script.xml").write_text(SCRIPT.replace("</script>", '<effect name="clear" start="0" end="9"/></script>'))
         self.refused("of one colour", "--script", "root", "--at", "4")
         (self.show / "data/scene.y3d").unlink()
         self.refused("'scene.y3d' is in none", "--script", "data")

@@ -12,6 +12,9 @@ import unittest
 
 from showfolder import Picture, clear_entry, wait_until
 
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "scripts"))
+import render
+
 RENDER = pathlib.Path(__file__).resolve().parent.parent / "scripts/render.py"
 PROGRAM = pathlib.Path(os.environ["SHOW_PROGRAM"])
 PATIENCE = 300.0
@@ -173,6 +176,10 @@ class Rendering(unittest.TestCase):
         self.assertIn("holds %d of" % len(written), said)
         self.assertEqual({(800, 600)}, {size_of(self.path / "frames" / name) for name in written})
         self.assertEqual([], self.written("temporary"))
+
+    def test_names_stand_on_both_sides_of_options(self):
+        options = render.parse(["first", "--still", "12", "look"])
+        self.assertEqual(("first", "look.png"), (options.name, options.output))
 
     def test_says_what_it_does_and_what_it_cannot_do(self):
         self.assertIn("--contact-sheet", self.render("--help"))

@@ -8,10 +8,8 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <filesystem>
 #include <iterator>
 #include <string>
-#include <system_error>
 #include <utility>
 
 namespace Timeline
@@ -64,15 +62,6 @@ std::vector<Finding> gather(const Options& options, const EffectTable& effects)
     return all;
 }
 
-// The table that the show brings along in its folder, if it does and is what is checked; empty otherwise.
-std::string tableOfShow(const Options& options)
-{
-    if (!options.files.empty() && options.show.empty()) return "";
-    const std::filesystem::path table = std::filesystem::path(showFolder(options.show)) / "effects.xml";
-    std::error_code trouble;
-    return std::filesystem::is_regular_file(table, trouble) ? table.string() : "";
-}
-
 const char* word(Severity severity)
 {
     return severity == Severity::ERROR ? "error" : "warning";
@@ -116,12 +105,12 @@ void addCheck(CLI::App& app, int& status)
         ->type_name("TABLE");
     addJson(*command, options->json);
     command->callback([options, &status] {
-        std::vector<Finding> findings;
-        const std::string table = options->effects.empty() ? tableOfShow(*options) : options->effects;
-        if (table.empty())
-            findings = gather(*options, EffectTable::builtIn());
-        else
-            findings = gather(*options, EffectTable(readFile(table), table));
+        // Files that are named by themselves belong to no show.
+        const bool hasShow = options->files.empty() || !options->show.empty();
+        const std::vector<Finding> findings =
+            gather(*options, !options->effects.empty() ? EffectTable(readFile(options->effects), options->effects)
+                             : hasShow                 ? EffectTable::ofShow(showFolder(options->show))
+                                                       : EffectTable::builtIn());
         if (options->json)
             printAsJson(findings);
         else

@@ -131,9 +131,12 @@ private:
         const float startBy = after.start - before.start;
         const float endBy = after.end - before.end;
         if (startBy != 0.0f && std::fabs(startBy - endBy) < 1e-4f)
+        {
+            const std::string by = readable(static_cast<double>(startBy));
             tell(before, before.showStart(),
-                 "moved by " + std::string(startBy > 0.0f ? "+" : "") + readable(static_cast<double>(startBy)) +
-                     " to " + span(after));
+                 by == "0" ? "moved by less than 0.001 s"
+                           : "moved by " + std::string(startBy > 0.0f ? "+" : "") + by + " to " + span(after));
+        }
         else
         {
             if (before.start != after.start)

@@ -97,6 +97,55 @@ private:
     std::size_t mEnd;
 };
 
+// The line of the first tag that is not closed as it should be, and what is wrong there. The player's reader takes a
+// closing tag of another name for one more tag and so complains at the end of the text, far from the trouble.
+struct Misfit
+{
+    int line = 0; // 0 if there is none
+    std::string text;
+};
+
+Misfit findMisfit(const std::string& text)
+{
+    std::vector<std::pair<std::string, int>> open;
+    std::size_t counted = 0;
+    int line = 1;
+    for (std::size_t begin = 0, end = 0; (begin = text.find('<', end)) != std::string::npos;)
+    {
+        line += static_cast<int>(std::count(text.begin() + static_cast<std::ptrdiff_t>(counted),
+                                            text.begin() + static_cast<std::ptrdiff_t>(begin), '\n'));
+        counted = begin;
+        if (text.compare(begin, 4, "<!--") == 0)
+        {
+            end = text.find("-->", begin);
+            if (end == std::string::npos) return {line, "this comment is not closed"};
+            continue;
+        }
+        char quote = 0;
+        for (end = begin + 1; end < text.size() && (quote || text[end] != '>'); ++end)
+        {
+            if (quote ? text[end] == quote : text[end] == '"' || text[end] == '\'') quote = quote ? '\0' : text[end];
+        }
+        if (end == text.size()) return {line, "this tag is not closed"};
+        const bool isClosing = text[begin + 1] == '/';
+        std::size_t nameEnd = begin + 1 + isClosing;
+        while (isWord(text[nameEnd])) ++nameEnd;
+        const std::string name = text.substr(begin + 1 + isClosing, nameEnd - begin - 1 - isClosing);
+        if (!isClosing && (text[end - 1] == '/' || text[begin + 1] == '?')) continue;
+        if (!isClosing)
+            open.emplace_back(name, line);
+        else if (open.empty() || open.back().first != name)
+            return {line, "</" + name + "> stands where " +
+                              (open.empty() ? "no tag is open"
+                                            : "</" + open.back().first + "> for line " +
+                                                  std::to_string(open.back().second) + " was expected")};
+        else
+            open.pop_back();
+    }
+    if (open.empty()) return {};
+    return {open.back().second, "this <" + open.back().first + "> is not closed"};
+}
+
 // What the player's reader says about the text: nothing, or its error.
 void judge(const std::string& text, bool onlyClosingTagEnds, const std::string& path)
 {
@@ -111,7 +160,10 @@ void judge(const std::string& text, bool onlyClosingTagEnds, const std::string& 
     {
         int line = 1;
         if (std::sscanf(error.what(), "(error at line %d", &line) != 1) line = 1;
-        throw SyntaxError(error.what(), line, path);
+        const std::string said = error.what();
+        const Misfit misfit = said.find("EOF") == std::string::npos ? Misfit() : findMisfit(text);
+        if (misfit.line == 0) throw SyntaxError(said, line, path);
+        throw SyntaxError(misfit.text + ": " + said, misfit.line, path);
     }
 }
 

@@ -2,6 +2,10 @@
 
 #include "document.h"
 #include "effecttable_text.h"
+#include "score.h"
+
+#include <filesystem>
+#include <system_error>
 
 namespace Timeline
 {
@@ -117,6 +121,14 @@ const EffectTable& EffectTable::builtIn()
 {
     static const EffectTable table(EFFECT_TABLE_TEXT, "demo/effects.xml");
     return table;
+}
+
+EffectTable EffectTable::ofShow(const std::string& folder)
+{
+    const std::filesystem::path table = std::filesystem::path(folder) / "effects.xml";
+    std::error_code trouble;
+    if (!std::filesystem::is_regular_file(table, trouble)) return builtIn();
+    return EffectTable(readFile(table.string()), table.string());
 }
 
 const EffectClass* EffectTable::find(const std::string& name) const

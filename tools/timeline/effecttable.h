@@ -59,6 +59,9 @@ public:
     // The table of the program that this tool was built with.
     static const EffectTable& builtIn();
 
+    // The table effects.xml that a show brings along in its folder, or the built-in one. Throws Failure.
+    static EffectTable ofShow(const std::string& folder);
+
     // The effect registered under a name, or null.
     const EffectClass* find(const std::string& name) const;
 

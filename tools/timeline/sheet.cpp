@@ -197,8 +197,7 @@ void addSheet(CLI::App& app, int&)
     command->add_option("--every", options->every, "Seconds from one picture to the next, 4 at first")
         ->type_name("SECONDS")
         ->check(CLI::Range(1, 3600));
-    command->add_option("--program", options->program, "The renderer, if it is not beside this program")
-        ->type_name("PATH");
+    command->add_option("--program", options->program, "The renderer, if it is not the show's own")->type_name("PATH");
     command->callback([options] { run(*options); });
 }
 

@@ -160,7 +160,34 @@ find("theme").addEventListener("click", () => {
   const isDark = root.dataset.theme ? root.dataset.theme === "dark" : matchMedia("(prefers-color-scheme: dark)").matches;
   root.dataset.theme = isDark ? "light" : "dark";
 });
+
+// On paper, the rows come in slices that end between two of them, each under the music.
+const PAPER_WIDTH = 1040, PAPER_HEIGHT = 680; // pixels, without margins and the title
+const pages = document.createElement("div");
+pages.id = "pages";
+document.body.append(pages);
+
+function slice(svg, top, height) {
+  const copy = svg.cloneNode(true);
+  copy.setAttribute("viewBox", `0 ${top} ${svg.getAttribute("width")} ${height}`);
+  copy.setAttribute("height", height);
+  return copy;
+}
+
+function paginate() {
+  const heads = [document.querySelector(".corner"), head], parts = [document.querySelector(".names"), rows];
+  const room = PAPER_HEIGHT - head.getAttribute("height"), end = Number(rows.getAttribute("height"));
+  const ends = [...data.rows.map((row) => row.y + row.height), end];
+  for (let top = 0, bottom; top < end; top = bottom) {
+    bottom = Math.max(...ends.filter((y) => y > top && y <= top + room));
+    if (!(bottom > top)) bottom = Math.min(top + room, end); // a row higher than the paper
+    const page = document.createElement("div");
+    page.append(...heads.map((svg) => svg.cloneNode(true)), ...parts.map((svg) => slice(svg, top, bottom - top)));
+    pages.append(page);
+  }
+}
+
 let kept = 0;
-addEventListener("beforeprint", () => { kept = scale; fit(1040 - namesWidth()); });
-addEventListener("afterprint", () => { scale = kept; draw(); });
+addEventListener("beforeprint", () => { kept = scale; fit(PAPER_WIDTH - namesWidth()); paginate(); });
+addEventListener("afterprint", () => { pages.replaceChildren(); scale = kept; draw(); });
 fitWindow();

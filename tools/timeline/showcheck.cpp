@@ -156,8 +156,10 @@ private:
         }
         catch (const AM::Exception& error)
         {
+            const std::string path = mShow.pathOf(file);
             findings.add(Severity::ERROR, root, "bad-picture",
-                         "'" + file + "', which '" + user + "' reads, is refused: " + error.what());
+                         "'" + file + "'" + (path.empty() ? "" : " (" + path + ")") + ", which '" + user +
+                             "' reads, is refused: " + error.what());
         }
     }
 

@@ -13,10 +13,12 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 
 namespace Timeline
 {
@@ -27,7 +29,7 @@ namespace
 namespace fs = std::filesystem;
 
 const char SCRIPT_FILE[] = "timeline-script.xml";
-const char RENDERER[] = "ourglacierheartcold-render";
+const char OWN_RENDERER[] = "ourglacierheartcold-render";
 const int FRAMES_DESCRIPTOR = 3; // of the renderer
 const int PATIENCE = 300 * 1000; // milliseconds for a frame
 const int MAX_SIZE = 2048;
@@ -111,6 +113,16 @@ private:
     int mId;
 };
 
+const int ENDING_SIGNALS[] = {SIGINT, SIGTERM, SIGHUP};
+volatile std::sig_atomic_t caught = 0;
+
+// A show with a program of its own has its renderer in its bin/; that of the tree's show lies beside this program.
+std::string rendererOf(const fs::path& folder)
+{
+    if (!fs::exists(folder / "main.cpp")) return fs::read_symlink("/proc/self/exe").parent_path() / OWN_RENDERER;
+    return folder / "bin" / (fs::canonical(folder).filename().string() + "-render");
+}
+
 void redirect(const char* path, int flags, int descriptor)
 {
     const int file = ::open(path, flags, 0600);
@@ -144,10 +156,37 @@ void writeText(const std::string& path, const std::string& text)
 
 } // namespace
 
-ShowRenderer::ShowRenderer(const Show& show, const std::string& program, int width, int height)
-    : mProgram(program), mWidth(width), mHeight(height)
+// While one lives, a signal that ends this program is only taken note of, in `caught`; at its end it comes again.
+class ShowRenderer::SignalCatch
 {
-    if (mProgram.empty()) mProgram = fs::read_symlink("/proc/self/exe").parent_path() / RENDERER;
+public:
+    SignalCatch()
+    {
+        struct sigaction note = {};
+        note.sa_handler = [](int signal) { caught = signal; };
+        for (std::size_t i = 0; i < std::size(ENDING_SIGNALS); ++i)
+        {
+            ::sigaction(ENDING_SIGNALS[i], &note, &mBefore[i]);
+            if (mBefore[i].sa_handler == SIG_IGN) ::sigaction(ENDING_SIGNALS[i], &mBefore[i], nullptr);
+        }
+    }
+    ~SignalCatch()
+    {
+        for (std::size_t i = 0; i < std::size(ENDING_SIGNALS); ++i)
+            ::sigaction(ENDING_SIGNALS[i], &mBefore[i], nullptr);
+        if (caught != 0) ::raise(caught);
+    }
+    SignalCatch(const SignalCatch&) = delete;
+    SignalCatch& operator=(const SignalCatch&) = delete;
+
+private:
+    struct sigaction mBefore[std::size(ENDING_SIGNALS)];
+};
+
+ShowRenderer::ShowRenderer(const Show& show, const std::string& program, int width, int height)
+    : mSignals(std::make_unique<SignalCatch>()), mProgram(program), mWidth(width), mHeight(height)
+{
+    if (mProgram.empty()) mProgram = rendererOf(show.folder().empty() ? "./" : show.folder());
     mProgram = absolute(mProgram);
     if (::access(mProgram.c_str(), X_OK) != 0)
         throw Failure("The renderer " + mProgram + " is not there; build it, or name it with --program");
@@ -259,6 +298,7 @@ std::vector<ShowRenderer::Frame> ShowRenderer::receive(int descriptor, int proce
         Frame frame{std::vector<unsigned char>(size), 0.0};
         for (std::size_t done = 0; done < size;)
         {
+            if (caught != 0) throw Failure("stopped");
             pollfd waiting{descriptor, POLLIN, 0};
             const int ready = ::poll(&waiting, 1, PATIENCE);
             if (ready < 0 && errno == EINTR) continue;

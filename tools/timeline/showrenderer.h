@@ -9,8 +9,8 @@
 namespace Timeline
 {
 
-// Draws frames of a show by its own renderer, the program NAME-render beside this one, in a private show folder that
-// borrows the author's files; so scripts can be tried, and this program knows no effect.
+// Draws frames of a show by its own renderer, the program NAME-render, in a private show folder that borrows the
+// author's files; so scripts can be tried, and this program knows no effect.
 class ShowRenderer
 {
 public:
@@ -32,8 +32,8 @@ public:
         int count = 1;
     };
 
-    // `program`: path of the renderer; empty for the one beside this program. A size of 0 is that of the show's window.
-    // Starts a virtual display where there is none. Throws Failure.
+    // `program`: path of the renderer; empty for the show's own. A size of 0 is that of the show's window. Starts a
+    // virtual display where there is none. Throws Failure. As long as this lives, Ctrl+C waits until it has cleaned up.
     ShowRenderer(const Show& show, const std::string& program, int width, int height);
     ~ShowRenderer();
     ShowRenderer(const ShowRenderer&) = delete;
@@ -50,11 +50,14 @@ public:
     std::vector<Frame> render(const std::string& script, const Range& range);
 
 private:
+    class SignalCatch;
+
     void layOut(const Show& show);
     void startDisplay();
     std::string configuration(const Range& range) const;
     std::vector<Frame> receive(int descriptor, int process, int count) const;
 
+    std::unique_ptr<SignalCatch> mSignals; // goes last
     std::string mProgram;
     std::string mFolder; // with a slash at its end; removed at the end
     std::string mArchives;

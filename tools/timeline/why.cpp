@@ -207,9 +207,10 @@ void explain(const Options& options)
     for (const Entry* entry : off)
         std::printf("%s %s  switched off%s\n", entry->number.c_str(), entry->label().c_str(),
                     entry->enabled ? ", with what it lies in" : "");
+    const EffectTable effects = EffectTable::ofShow(showFolder(options.source.show));
     for (const Entry* entry : active)
     {
-        const EffectClass* effect = EffectTable::builtIn().find(entry->name);
+        const EffectClass* effect = effects.find(entry->name);
         if (!effect)
             std::printf("%s: no effect has this name\n", entry->label().c_str());
         else if (effect->seek == "other" && !options.exact)
@@ -346,8 +347,7 @@ void addWhy(CLI::App& app, int&)
         ->type_name("W H")
         ->check(CLI::Range(MIN_PIXELS, 2048));
     command->add_flag("--cpu", options->cpu, "Count processor time on all cores instead of the clock's");
-    command->add_option("--program", options->program, "The renderer, if it is not beside this program")
-        ->type_name("PATH");
+    command->add_option("--program", options->program, "The renderer, if it is not the show's own")->type_name("PATH");
     addJson(*command, options->json);
     command->callback([options, time] {
         if (options->profile) return profile(*options);

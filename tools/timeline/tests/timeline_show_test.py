@@ -7,9 +7,11 @@ import os
 import pathlib
 import re
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 import wave
 
@@ -134,6 +136,16 @@ class TimelineShow(unittest.TestCase):
         self.assertIn("switched off", self.run_it("why", "3", *two, "--exact").stdout)
         costs = json.loads(self.run_it("why", *two, "--profile", "--from", "2", "--to", "5", "--json").stdout)
         self.assertEqual([list(entry["milliseconds"]) for entry in costs["entries"]], [["2", "3", "4"]] * 2)
+        # Ctrl+C leaves nothing behind.
+        place = self.folder / "temporary"
+        place.mkdir()
+        run = subprocess.Popen([PROGRAM, "why", *two, "--profile"], cwd=self.folder, start_new_session=True,
+                               env={**os.environ, "TMPDIR": str(place)})
+        while not any(place.glob("*/renderer.log")):
+            self.assertIsNone(run.poll())
+            time.sleep(0.05)
+        os.killpg(run.pid, signal.SIGINT)
+        self.assertEqual((-signal.SIGINT, []), (run.wait(60), list(place.iterdir())))
 
 
 if __name__ == "__main__":

@@ -91,6 +91,8 @@ TEST(Check, findsEachMistakeAndNotItsNeighbour)
     const std::vector<Case> cases = {
         {whole(""), ""},
         {"<script><effect name=\"clear\"", "!syntax:1"},
+        {"<script>\n<effect name='sun' end='1'>\n</efect>\n</script>", "!syntax:3"},
+        {"<script>\n<effect name='sun' end='1'>\n<!-- > -->\n</script>", "!syntax:4"},
         {"<show></show>", "!root:1"},
         {spline("type='linear'>"), "!no-keys:3"},
         {keys("<key/>"), ""},

@@ -22,6 +22,7 @@ const float DRAG_TURN = 0.008f;         // radians a pixel
 const unsigned int LOOK_EVERY = 250;    // milliseconds between looks at the file on disk
 const unsigned int SHORTEST_FRAME = 10; // milliseconds; a viewer need not heat the room
 const float FULL_TURN = 6.2831853f;
+const unsigned char BACKGROUND[] = {48, 43, 41, 255}; // blue, green, red, alpha
 
 // What tells one state of a file from another: when it was changed and how long it is. Empty while it is not there.
 std::string stampOf(const std::string& filename)
@@ -109,7 +110,7 @@ void Viewer::writeTurntable(const std::string& filename, int count)
     const int columns = static_cast<int>(std::ceil(std::sqrt(count))), rows = (count + columns - 1) / columns;
     const std::size_t width = static_cast<std::size_t>(mWindow.getWidth()), height = mWindow.getHeight();
     std::vector<unsigned char> sheet(width * columns * height * rows * 4);
-    for (std::size_t i = 3; i < sheet.size(); i += 4) sheet[i] = 255;
+    for (std::size_t i = 0; i < sheet.size(); ++i) sheet[i] = BACKGROUND[i % 4];
     goFree();
     mFree.lookAt(mScene->getBox());
     for (int i = 0; i < count; ++i)
@@ -293,7 +294,8 @@ void Viewer::reload()
 void Viewer::draw()
 {
     glViewport(0, 0, mWindow.getWidth(), mWindow.getHeight());
-    glClearColor(0.16f, 0.17f, 0.19f, 1.0f);
+    glClearColor(static_cast<float>(BACKGROUND[2]) / 255, static_cast<float>(BACKGROUND[1]) / 255,
+                 static_cast<float>(BACKGROUND[0]) / 255, 1);
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
     const float aspect = static_cast<float>(mWindow.getWidth()) / static_cast<float>(mWindow.getHeight());
     mScene->moveTo(mTime, mCamera, mFree.getCamera(), aspect);
