@@ -56,7 +56,7 @@ need_packages()
     [ -z "$missing" ] && return
     local as_root=()
     if [ "$(id -u)" -ne 0 ]; then
-        if ! command -v sudo >/dev/null; then
+        if ! command -v sudo >/dev/null || ! sudo true; then
             say "Packages are missing, and only root may install them. Please have somebody run this as root:" >&2
             say "    apt-get install --no-install-recommends" $missing >&2
             exit 1
