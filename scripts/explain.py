@@ -28,8 +28,8 @@ TRUE_COLOUR = ((8, 2), (8, 6))                                                # 
 def findings(show):
     """What is wrong with a show, as `timeline check` finds it. Who only plays has not built that yet."""
     if not all((BIN / name).exists() for name in ("timeline", "y3d")):
-        subprocess.run(["bash", "-c", ". scripts/setup.sh; build_show timeline y3dtool"], cwd=TREE, check=False,
-                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        subprocess.run(["bash", "-c", '. scripts/setup.sh; build_tools "to find the cause" timeline y3dtool'], cwd=TREE,
+                       check=False, stdout=sys.stderr, stderr=subprocess.DEVNULL)
     try:
         status, output, _ = tool("timeline", "check", "--show", show.folder, "--json", *show.effect_table())
         found = json.loads(output) if status in (0, 1) else []
@@ -129,6 +129,7 @@ def main(arguments):
         signal.signal(number, lambda number, _: process.send_signal(number))
     errors = Errors(process.stderr)
     status = process.wait()
+    signal.signal(signal.SIGINT, signal.SIG_DFL)
     if error := errors.error():
         for line in explain(folder, error):
             print("    " + line, file=sys.stderr)

@@ -140,6 +140,13 @@ build_show()
     build "$show_name" release --preset release "-DTIDEWHEEL_SHOWS=$elsewhere"
 }
 
+# build_tools WHY TARGET... builds some of the tools, beside whatever show was built before.
+build_tools()
+{
+    local build_targets=${*:2}
+    build "the tools $1" release --preset release
+}
+
 # own_temporary_folder gives everything that runs from here a place for temporary files that goes with the script.
 own_temporary_folder()
 {
