@@ -46,11 +46,13 @@ ABOUT = {"title": "", "group": "", "authors": "", "type": "demo", "year": "", "p
 
 # What a desktop has: the C and C++ run-times, X, OpenGL.
 PLAIN = re.compile(r"(linux-vdso|ld-linux.*|libc|libm|libdl|libpthread|librt|libstdc\+\+|libgcc_s|libGL|libGLX|"
-                   r"libGLdispatch|libOpenGL|libGLU|libX\w+|libX11-xcb|libxcb.*|libbsd|libmd)\.so\b.*")
+                   r"libGLdispatch|libX\w+|libX11-xcb|libxcb.*|libbsd|libmd)\.so\b.*")
 # What belongs to the machine's sound and terminal: its own are used where it has them, since they fit its services.
 MACHINE = re.compile(r"(libasound|libpulse|libpulse-simple|libcaca)\.so\b.*")
 # SDL 1.2 over SDL 2 opens the other by name.
 SDL, SDL2 = "libSDL-1.2.so.0", "libSDL2-2.0.so.0"
+# Not every desktop has the one that GLU is linked with, but it has all functions of it in the other.
+CORE_GL, GL = "libOpenGL.so.0", "libGL.so.1"
 
 RATE, WARM_UP = 30, 15      # a look is the picture after so many frames, for what builds up from frame to frame
 PATIENCE = 300.0            # seconds for one look, on a slow machine
@@ -273,7 +275,7 @@ def add_libraries(stage):
         done = set()
         while names:
             name = names.pop()
-            if name in done or name not in paths or PLAIN.fullmatch(name) or stop.fullmatch(name):
+            if name == CORE_GL or name in done or name not in paths or PLAIN.fullmatch(name) or stop.fullmatch(name):
                 continue
             done.add(name)
             names += needed_by(paths[name])
@@ -287,6 +289,8 @@ def add_libraries(stage):
         for name in sorted(names):
             shutil.copyfile(paths[name].resolve(), folder / name)
             output_of("strip", "--strip-unneeded", folder / name)
+            if CORE_GL in needed_by(folder / name):
+                output_of("patchelf", "--replace-needed", CORE_GL, GL, folder / name)
             # The machine's own ones lean on those beside the program.
             path = "$ORIGIN" if folder.name == "lib" else "$ORIGIN:$ORIGIN/.."
             output_of("patchelf", "--set-rpath", path, folder / name)
