@@ -598,7 +598,7 @@ def command_line():
 
 def parse(arguments):
     parser = command_line()
-    options = parser.parse_args(arguments)
+    options = parser.parse_intermixed_args(arguments)
     # With a place for the output of its own, what is left is the show.
     most = 1 if options.sheet else 2
     if len(options.names) > most:
