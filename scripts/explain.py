@@ -27,8 +27,8 @@ TRUE_COLOUR = ((8, 2), (8, 6))                                                # 
 
 def findings(show):
     """What is wrong with a show, as `timeline check` finds it. Who only plays has not built that yet."""
-    if not all((BIN / name).exists() for name in ("timeline", "y3d")):
-        subprocess.run(["bash", "-c", '. scripts/setup.sh; build_tools "to find the cause" timeline y3dtool'], cwd=TREE,
+    if not (BIN / "timeline").exists():
+        subprocess.run(["bash", "-c", '. scripts/setup.sh; build_tools "to find the cause" timeline'], cwd=TREE,
                        check=False, stdout=sys.stderr, stderr=subprocess.DEVNULL)
     try:
         status, output, _ = tool("timeline", "check", "--show", show.folder, "--json", *show.effect_table())
