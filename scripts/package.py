@@ -637,9 +637,10 @@ def moment_of_release():
     given = os.environ.get("SOURCE_DATE_EPOCH")
     if given and given.isdigit():
         return int(given)
-    done = subprocess.run(["git", "-C", TREE, "log", "-1", "--format=%ct"], stdout=subprocess.PIPE,
-                          stderr=subprocess.DEVNULL, text=True, check=False)
-    return int(done.stdout) if done.returncode == 0 and done.stdout.strip() else 1767225600
+    # Not everybody who has the tree has git.
+    done = shutil.which("git") and subprocess.run(["git", "-C", TREE, "log", "-1", "--format=%ct"], stdout=subprocess.PIPE,
+                                                  stderr=subprocess.DEVNULL, text=True, check=False)
+    return int(done.stdout) if done and done.returncode == 0 and done.stdout.strip() else 1767225600
 
 
 def seconds_list(text):
