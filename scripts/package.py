@@ -44,9 +44,9 @@ ABOUT = {"title": "", "group": "", "authors": "", "type": "demo", "year": "", "p
          "summary": "Real-time demo in OpenGL", "homepage": "", "contact": "", "version": "1.0",
          "description": "An audiovisual show, drawn in real time in step with its music."}
 
-# What a desktop has: the C and C++ run-times, X, OpenGL.
+# What a desktop has: the C and C++ run-times, X, OpenGL. Of the libraries of X those that all others need.
 PLAIN = re.compile(r"(linux-vdso|ld-linux.*|libc|libm|libdl|libpthread|librt|libstdc\+\+|libgcc_s|libGL|libGLX|"
-                   r"libGLdispatch|libX\w+|libX11-xcb|libxcb.*|libbsd|libmd)\.so\b.*")
+                   r"libGLdispatch|libX11|libX11-xcb|libXext|libXau|libXdmcp|libxcb.*|libbsd|libmd)\.so\b.*")
 # What belongs to the machine's sound and terminal: its own are used where it has them, since they fit its services.
 MACHINE = re.compile(r"(libasound|libpulse|libpulse-simple|libcaca)\.so\b.*")
 # SDL 1.2 over SDL 2 opens the other by name.
