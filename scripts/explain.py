@@ -28,16 +28,15 @@ MENTIONED = re.compile(r"'([^']+\.\w+)'|\(([^()]+\.\w+)\)|for (\S+\.\w+)$")    #
 TRUE_COLOUR = ((8, 2), (8, 6))                                                # what a PNG may be: depth, type
 
 
-def has_tools():
-    return all((BIN / name).exists() for name in ("timeline", "y3d"))
+def has_tool():
+    return (BIN / "timeline").exists()
 
 
 def findings(show):
     """What is wrong with a show, as `timeline check` finds it. Who only plays has not built that yet."""
-    if not has_tools():
-        subprocess.run(["bash", "-c", ". scripts/setup.sh; build_targets='timeline y3dtool'; "
-                        "build 'what looks for the file behind this error' release --preset release"],
-                       cwd=TREE, check=False, stdout=sys.stderr)
+    if not has_tool():
+        subprocess.run(["bash", "-c", '. scripts/setup.sh; build_tools "to find the cause" timeline'], cwd=TREE,
+                       check=False, stdout=sys.stderr, stderr=subprocess.DEVNULL)
     try:
         status, output, _ = tool("timeline", "check", "--show", show.folder, "--json", *show.effect_table())
         found = json.loads(output) if status in (0, 1) else []
@@ -88,7 +87,7 @@ def line_of(show, finding):
 def over_at_once(folder, seconds):
     """Lines that say why a show that ran for so long, without an error, has no end that is worth the name."""
     show = ShowRoot(folder)
-    found = findings(show) if seconds < AT_ONCE and has_tools() else []
+    found = findings(show) if seconds < AT_ONCE and has_tool() else []
     return [line_of(show, each) for each in found if each["code"] in NO_LENGTH]
 
 
@@ -153,6 +152,7 @@ def main(arguments):
     errors = Errors(process.stderr)
     started = time.monotonic()
     status = process.wait()
+    signal.signal(signal.SIGINT, signal.SIG_DFL)
     error = errors.error()
     for line in explain(folder, error) if error else over_at_once(folder, time.monotonic() - started):
         print("    " + line, file=sys.stderr)

@@ -44,13 +44,15 @@ ABOUT = {"title": "", "group": "", "authors": "", "type": "demo", "year": "", "p
          "summary": "Real-time demo in OpenGL", "homepage": "", "contact": "", "version": "1.0",
          "description": "An audiovisual show, drawn in real time in step with its music."}
 
-# What a desktop has: the C and C++ run-times, X, OpenGL.
+# What a desktop has: the C and C++ run-times, X, OpenGL. Of the libraries of X those that all others need.
 PLAIN = re.compile(r"(linux-vdso|ld-linux.*|libc|libm|libdl|libpthread|librt|libstdc\+\+|libgcc_s|libGL|libGLX|"
-                   r"libGLdispatch|libOpenGL|libGLU|libX\w+|libX11-xcb|libxcb.*|libbsd|libmd)\.so\b.*")
+                   r"libGLdispatch|libX11|libX11-xcb|libXext|libXau|libXdmcp|libxcb.*|libbsd|libmd)\.so\b.*")
 # What belongs to the machine's sound and terminal: its own are used where it has them, since they fit its services.
 MACHINE = re.compile(r"(libasound|libpulse|libpulse-simple|libcaca)\.so\b.*")
 # SDL 1.2 over SDL 2 opens the other by name.
 SDL, SDL2 = "libSDL-1.2.so.0", "libSDL2-2.0.so.0"
+# Not every desktop has the one that GLU is linked with, but it has all functions of it in the other.
+CORE_GL, GL = "libOpenGL.so.0", "libGL.so.1"
 
 RATE, WARM_UP = 30, 15      # a look is the picture after so many frames, for what builds up from frame to frame
 PATIENCE = 300.0            # seconds for one look, on a slow machine
@@ -290,7 +292,7 @@ def add_libraries(stage):
         done = set()
         while names:
             name = names.pop()
-            if name in done or name not in paths or PLAIN.fullmatch(name) or stop.fullmatch(name):
+            if name == CORE_GL or name in done or name not in paths or PLAIN.fullmatch(name) or stop.fullmatch(name):
                 continue
             done.add(name)
             names += needed_by(paths[name])
@@ -304,6 +306,8 @@ def add_libraries(stage):
         for name in sorted(names):
             shutil.copyfile(paths[name].resolve(), folder / name)
             output_of("strip", "--strip-unneeded", folder / name)
+            if CORE_GL in needed_by(folder / name):
+                output_of("patchelf", "--replace-needed", CORE_GL, GL, folder / name)
             # The machine's own ones lean on those beside the program.
             path = "$ORIGIN" if folder.name == "lib" else "$ORIGIN:$ORIGIN/.."
             output_of("patchelf", "--set-rpath", path, folder / name)
@@ -654,9 +658,10 @@ def moment_of_release():
     given = os.environ.get("SOURCE_DATE_EPOCH")
     if given and given.isdigit():
         return int(given)
-    done = subprocess.run(["git", "-C", TREE, "log", "-1", "--format=%ct"], stdout=subprocess.PIPE,
-                          stderr=subprocess.DEVNULL, text=True, check=False)
-    return int(done.stdout) if done.returncode == 0 and done.stdout.strip() else 1767225600
+    # Not everybody who has the tree has git.
+    done = shutil.which("git") and subprocess.run(["git", "-C", TREE, "log", "-1", "--format=%ct"], stdout=subprocess.PIPE,
+                                                  stderr=subprocess.DEVNULL, text=True, check=False)
+    return int(done.stdout) if done and done.returncode == 0 and done.stdout.strip() else 1767225600
 
 
 def seconds_list(text):

@@ -839,7 +839,8 @@ def render(options, folder):
 def build(folder):
     """Installs what is missing and builds the show; gives the status of that."""
     steps = ('set -euo pipefail; . scripts/setup.sh; need_packages "${build_packages[@]}" "${render_packages[@]}"; '
-             'find_show "$1"; build_show timeline "show-$show_name-render"')
+             'find_show "$1" || fail "$1 holds no show: there is no main.cpp."; '
+             'build_show timeline "show-$show_name-render"')
     name = "" if folder == TREE else f"{folder}"
     return subprocess.run(["bash", "-c", steps, "bash", name], cwd=TREE, check=False).returncode
 

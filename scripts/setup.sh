@@ -56,7 +56,7 @@ need_packages()
     [ -z "$missing" ] && return
     local as_root=()
     if [ "$(id -u)" -ne 0 ]; then
-        if ! command -v sudo >/dev/null; then
+        if ! command -v sudo >/dev/null || ! sudo true; then
             say "Packages are missing, and only root may install them. Please have somebody run this as root:" >&2
             say "    apt-get install --no-install-recommends" $missing >&2
             exit 1
@@ -138,6 +138,13 @@ build_show()
     esac
     build_targets="show-$show_name show-$show_name-render showdisplay $*"
     build "$show_name" release --preset release "-DTIDEWHEEL_SHOWS=$elsewhere"
+}
+
+# build_tools WHY TARGET... builds some of the tools, beside whatever show was built before.
+build_tools()
+{
+    local build_targets=${*:2}
+    build "the tools $1" release --preset release
 }
 
 # own_temporary_folder gives everything that runs from here a place for temporary files that goes with the script.

@@ -183,7 +183,8 @@ class Rendering(unittest.TestCase):
 
     def test_says_what_it_does_and_what_it_cannot_do(self):
         self.assertIn("--contact-sheet", self.render("--help"))
-        for arguments in ((), ("a", "b", "c"), ("a", "--contact-sheet", "b.png"), ("a.png",), ("a", "--preset", "web"),
+        self.assertIn("'c' is one name too many", self.render("a", "--fps", "9", "b", "c", status=2))
+        for arguments in ((), ("a", "--contact-sheet", "b.png"), ("a.png",), ("a", "--preset", "web"),
                           ("a.mp4", "--preset", "archive"), ("a.mp4", "--resume"), ("--still", "1"), ("a", "--fps", "0"), ("a", "--fps", "x"),
                           ("a", "--from", "-1"), ("a", "--to", "nan"), ("a", "--size", "801x600"),
                           ("a", "--size", "9x9"), ("a", "--frameskip", "0"), ("a", "--unknown"),

@@ -33,7 +33,10 @@ class HelpFormatter : public CLI::Formatter
 public:
     std::string make_footer(const CLI::App* app) const override
     {
-        return app->get_footer().empty() ? "" : wrapped(app->get_footer()) + "\n";
+        // The blank line before it is of the footer in newer versions of the library alone.
+        const std::string standard = Formatter::make_footer(app);
+        if (standard.empty()) return "";
+        return (standard[0] == '\n' ? "\n" : "") + wrapped(app->get_footer()) + "\n";
     }
 };
 
