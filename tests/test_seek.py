@@ -24,7 +24,7 @@ PLACES = {
     40.0: "the banner, at rest between two jumps",
     81.0: "the hall outside of the closing eye, under a sheet of ember",
     107.0: "the landscape, from all its tiles",
-    129.5: "dots, on a ground that flares",
+    129.0: "dots",
     134.5: "the hall within the arms, on a ground that flares",
     138.5: "a heartbeat within the arms",
     193.5: "ice within the eye",
