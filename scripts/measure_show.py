@@ -274,6 +274,8 @@ def main():
     parser.add_argument("--save", type=Path, metavar="FILE", help="keep the figures")
     parser.add_argument("--compare", type=Path, metavar="FILE", help="kept figures to print beside the new ones")
     options = parser.parse_args()
+    if options.save and not options.save.absolute().parent.is_dir():
+        parser.error(f"there is no folder for {options.save}")
     old = json.loads(options.compare.read_text()) if options.compare else None
     options.show = options.show.absolute()
     options.music = options.music or measure_music.find_program()
@@ -288,5 +290,9 @@ if __name__ == "__main__":
         main()
     except KeyboardInterrupt:
         sys.exit(130)
-    except (render.RenderError, subprocess.SubprocessError, OSError, ValueError) as error:
+    except subprocess.CalledProcessError as error:
+        sys.exit(f"Error: {error.cmd[0]} ended with status {error.returncode}")
+    except OSError as error:
+        sys.exit(f"Error: {error.filename or 'file'}: {error.strerror}")
+    except (render.RenderError, ValueError) as error:
         sys.exit(f"Error: {error}")
