@@ -160,7 +160,8 @@ def read_events(show):
         path = next((path for path in (show.folder / script, show.folder / "data" / script) if path.is_file()), None)
         if not path:
             raise render.RenderError(f"{script} lies neither in {show.folder} nor in its data/")
-        said = subprocess.run([show.tool("timeline"), "print", "--json", path], check=True, capture_output=True, text=True)
+        said = subprocess.run([show.tool("timeline"), "print", "--json", path], check=True, capture_output=True,
+                              text=True)
         events.update(events_of(json.loads(said.stdout)["entries"]))
     return sorted(moment for moment in events if 0 <= moment <= show.end)
 
@@ -211,7 +212,7 @@ def sound_figures(file, start, end):
 
 
 def even_stretch(file, length):
-    """The longest time, in seconds, in which the loudness of every EVEN_BLOCK seconds lies within EVEN dB of one level."""
+    """The longest time, in seconds, in which the loudness of each EVEN_BLOCK seconds is within EVEN dB of one level."""
     log = measure_music.ffmpeg_log(file, 0, length, "ebur128")
     blocks = {}
     for moment, level in re.findall(r" t: *([\d.]+) .*? M: *(-?[\d.]+)", log):
@@ -256,7 +257,8 @@ def lines(result, old=None, old_name=""):
     olds = {(row["section"], row["start"], row["end"]): row for row in old["sections"]} if old else {}
     for row in result["sections"]:
         key = row["section"], row["start"], row["end"]
-        for head, figures in ((f"{key[0]:<9} {f'{key[1]:.0f}-{key[2]:.0f}':<8}", row), (f"  {old_name:<16}", olds.get(key))):
+        seconds = f"{key[1]:.0f}-{key[2]:.0f}"
+        for head, figures in ((f"{key[0]:<9} {seconds:<8}", row), (f"  {old_name:<16}", olds.get(key))):
             if figures:
                 yield head + "".join(f" {cell(name, figures):>{width}}" for name, width in COLUMNS.items())
     for name, kept in (("", result), *([(old_name + ": ", old)] if old else [])):
@@ -276,7 +278,10 @@ def main():
     options = parser.parse_args()
     if options.save and not options.save.absolute().parent.is_dir():
         parser.error(f"there is no folder for {options.save}")
-    old = json.loads(options.compare.read_text()) if options.compare else None
+    try:
+        old = json.loads(options.compare.read_text()) if options.compare else None
+    except ValueError:
+        parser.error(f"{options.compare} holds no figures that were kept")
     options.show = options.show.absolute()
     options.music = options.music or measure_music.find_program()
     result = measure(options)

@@ -41,7 +41,8 @@ class Counting(unittest.TestCase):
 
     def test_colours(self):
         def ruling(*pixel):
-            return measure_show.ruling(measure_show.look(bytes(pixel) * (measure_show.WIDTH * measure_show.HEIGHT))[1], 1)
+            picture = bytes(pixel) * (measure_show.WIDTH * measure_show.HEIGHT)
+            return measure_show.ruling(measure_show.look(picture)[1], 1)
 
         self.assertEqual(["warm", "warm", "green", "blue", "blue", "violet", "grey"],
                          [ruling(*pixel) for pixel in ((200, 60, 10), (200, 0, 60), (10, 90, 20), (20, 40, 90),
