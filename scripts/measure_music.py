@@ -29,6 +29,14 @@ def sections(program):
     return [(name, start, end) for (name, start), end in zip(found, ends)] + [("whole", 0.0, length)]
 
 
+def find_program():
+    """The music program of a build of this tree."""
+    program = next(iter(sorted(ROOT.glob("build/*/show/music/music"))), None)
+    if not program:
+        sys.exit("Error: no music program under build/; build the target music, or name one with --music")
+    return program
+
+
 def ffmpeg_log(file, start, end, graph):
     return subprocess.run(["ffmpeg", "-hide_banner", "-nostats", "-ss", str(start), "-t", str(end - start), "-i", file,
                            "-filter_complex", graph, "-f", "null", "-"],
@@ -60,6 +68,7 @@ def measure(file, start, end):
             "peak": float(re.findall(r"Peak: +(\S+) dBFS", log)[-1]),
             "side": stats["width", "2"]["RMS level dB"] - stats["width", "1"]["RMS level dB"],
             **{name: stats[f"band{i}", "all"]["RMS level dB"] for i, name in enumerate(BANDS)},
+            "rms": plain["RMS level dB"],
             "jump": plain["Max difference"],
             "dc": max((stats["plain", side]["DC offset"] for side in "12"), key=abs)}
 
@@ -69,9 +78,7 @@ def main():
     parser.add_argument("files", type=pathlib.Path, nargs="+", metavar="FILE")
     parser.add_argument("--music", type=pathlib.Path, help="the music program that knows the sections")
     options = parser.parse_args()
-    program = options.music or next(iter(sorted(ROOT.glob("build/*/show/music/music"))), None)
-    if not program:
-        sys.exit("Error: no music program under build/; build the target music, or name one with --music")
+    program = options.music or find_program()
     missing = [str(file) for file in options.files if not file.is_file()]
     if missing:
         sys.exit("Error: no file " + ", ".join(missing))

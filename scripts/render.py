@@ -432,9 +432,10 @@ def stop(process):
         process.wait()
 
 
-def run_renderer(plan, temporary, output, interrupted, told, descriptors=(), started=lambda: None):
+def run_renderer(plan, temporary, output, interrupted, told, descriptors=(), started=lambda: None, costs=None):
     """Runs the show until `output` has its frames, calling told(frames passed over, frames done); gives how many are
-    done. The renderer inherits the descriptors; `started` is called as soon as it has them."""
+    done. The renderer inherits the descriptors; `started` is called as soon as it has them. `costs` gets, for each frame
+    that is done, the milliseconds of processor time that the renderer had taken when it was drawn."""
     make_show_folder(plan, temporary, output)
     passed = done = 0
     said = []
@@ -458,6 +459,8 @@ def run_renderer(plan, temporary, output, interrupted, told, descriptors=(), sta
                     for line in lines:
                         passed += line.startswith(b"passed ")
                         done += line.startswith(b"frame ")
+                        if costs is not None and line.startswith(b"frame "):
+                            costs.append(int(line.split()[2]))
                         if not line.startswith((b"passed ", b"frame ")):
                             said.append(line.decode("utf-8", "replace"))
                 told(passed, done)

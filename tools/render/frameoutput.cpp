@@ -10,6 +10,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <ctime>
 #include <memory>
 #include <utility>
 
@@ -38,6 +39,14 @@ std::string writeAll(int descriptor, const unsigned char* data, std::size_t leng
         length -= static_cast<std::size_t>(written);
     }
     return "";
+}
+
+// Of all threads of the program since its start, in milliseconds.
+int processorTime()
+{
+    timespec time = {};
+    ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return static_cast<int>(time.tv_sec * 1000 + time.tv_nsec / 1000000);
 }
 
 } // namespace
@@ -82,7 +91,7 @@ void FrameOutput::writeFrame()
     {
         const unsigned char* data = mImage->getData();
         const std::size_t size = static_cast<std::size_t>(mImage->getWidth()) * mImage->getHeight() * 4;
-        Frame frame{number, std::vector<unsigned char>(data, data + size)};
+        Frame frame{number, processorTime(), std::vector<unsigned char>(data, data + size)};
         std::unique_lock<std::mutex> lock(mMutex);
         mChanged.wait(lock, [this] { return mWaiting.size() < WAITING_FRAMES || !mTrouble.empty(); });
         if (!mTrouble.empty()) throw AM::Exception("%s", mTrouble.c_str());
@@ -91,7 +100,7 @@ void FrameOutput::writeFrame()
     }
     else
     {
-        std::fprintf(stderr, "frame %d\n", number + 1);
+        std::fprintf(stderr, "frame %d %d\n", number + 1, processorTime());
     }
     // SDL makes a quit event of it, so that the show ends in order.
     if (number + 1 == mCount) std::raise(SIGTERM);
@@ -120,7 +129,7 @@ void FrameOutput::work()
         }
         lock.lock();
         if (trouble.empty())
-            std::fprintf(stderr, "frame %d\n", ++mDone);
+            std::fprintf(stderr, "frame %d %d\n", ++mDone, frame.processorTime);
         else if (mTrouble.empty())
             mTrouble = trouble;
         if (!mTrouble.empty()) mWaiting.clear();

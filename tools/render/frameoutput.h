@@ -18,8 +18,9 @@
 //                             descriptor that the renderer was started with
 //     png:FIRST:COUNT:PATH    PATH0000000000.png and so on; a file that is there already is kept
 // FIRST frames are drawn and left out before the COUNT that are wanted (0: all to the show's end). After the last one
-// the show is asked to end. Each frame that is done is told on the standard error stream as a line "frame N", N from 1,
-// and each that is left out ahead of them as "passed N".
+// the show is asked to end. Each frame that is done is told on the standard error stream as a line "frame N T", N from
+// 1 and T the milliseconds of processor time that the program had taken when it was drawn, and each that is left out
+// ahead of them as "passed N".
 class FrameOutput : public AM::VideoFile
 {
 public:
@@ -38,7 +39,8 @@ public:
 private:
     struct Frame
     {
-        int number; // from 0
+        int number;        // from 0
+        int processorTime; // when it was drawn, in milliseconds
         std::vector<unsigned char> pixels;
     };
 
