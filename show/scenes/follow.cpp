@@ -13,9 +13,9 @@ namespace
 {
 
 const double STEP = Music::SECONDS_PER_STEP;
-const float UNSEEN = 1000.0f;  // tenths of metres by which the camera is too high to see anything
-const double TOGETHER = 0.01;  // seconds between notes that count as struck at once
-const float TOLERANCE = 0.01f; // by which a key may be off the line between its neighbours, as a share of the range
+const float UNSEEN = 1000.0f;   // tenths of metres by which the camera is too high to see anything
+const double TOGETHER = 0.01;   // seconds between notes that count as struck at once
+const float TOLERANCE = 0.015f; // by which a key may be off the line between its neighbours: nobody sees it
 
 // The colours of chords, by where they lie on the circle of fifths.
 struct Shade
@@ -24,7 +24,7 @@ struct Shade
     Vector3f color;
 };
 const Shade SHADES[] = {{-1.8f, Vector3f(0.26f, 0.40f, 1.30f)},
-                        {-0.4f, Vector3f(0.36f, 0.68f, 1.25f)},
+                        {-0.4f, Vector3f(0.44f, 0.84f, 1.15f)},
                         {0.8f, Vector3f(1.05f, 0.30f, 1.00f)},
                         {2.0f, Vector3f(1.60f, 0.40f, 0.16f)}};
 const float GHOST = 0.3f;  // strength below which a snare is felt more than heard
@@ -207,18 +207,14 @@ void setLines(y3d::TrackBlenderFloat& curve, std::vector<float> times, const std
 {
     std::sort(times.begin(), times.end());
     std::vector<Stop> stops;
-    float low = 1e9f, high = -1e9f;
     for (float time : times)
     {
         if (!stops.empty() && time - stops.back().time < 1e-3f) continue;
         stops.push_back({time, value(time)});
-        low = std::min(low, stops.back().value);
-        high = std::max(high, stops.back().value);
     }
     curve.mInterpolation = y3d::TrackBlenderFloat::INTERPOLATION_LINEAR;
     curve.mExtrapolation = y3d::TrackBlenderFloat::EXTRAPOLATION_CONSTANT;
     curve.mKeys.clear();
-    const float off = TOLERANCE * (high - low);
     for (std::size_t first = 0; first < stops.size();)
     {
         const MathBase::Vector2f point = {stops[first].time, stops[first].value};
@@ -230,7 +226,7 @@ void setLines(y3d::TrackBlenderFloat& curve, std::vector<float> times, const std
             {
                 const float share = (stops[i].time - stops[first].time) / (stops[end].time - stops[first].time);
                 if (std::fabs(stops[first].value + (stops[end].value - stops[first].value) * share - stops[i].value) >
-                    off)
+                    TOLERANCE)
                     return false;
             }
             return true;
