@@ -49,9 +49,8 @@ def masked(name, mode):
 # What is drawn to show each effect.
 EFFECTS = {
     "clear": [entry("clear", [("color", "036115148")])],
-    "blur": [*ICE, entry("blur", [("amount", "0.6"), ("step", "0.08"), ("lowstep", "0.02"), ("falloffspeed", "0.3"),
-                                  ("falloff", "")])],
-    "hypno": [GROUND, entry("hypno", splines=[("alpha", 12), ("twist", 3), ("spread", 1)])],
+    "blur": [*HALL, entry("overlay", splines=[("alpha", 0)]),
+             entry("blur", [("amount", "0.8"), ("step", "0.12"), ("lowstep", "0.12")])],
     "twister": [entry("clear", [("color", "036115148")]), entry("twister", splines=[("speed", 12)])],
     "particles": [GROUND, entry("particles", [("expand", "1.2", 1), ("enlarge", "0.8", 1)])],
     "static": [*ICE, entry("static", [("size", "1.5"), ("falloffspeed", "1"), ("falloff", "", 1.5)])],
@@ -76,7 +75,7 @@ EFFECTS = {
     "scenese": [*ICE, entry("scenese", [("jumpheight", "0")], [("alpha", 20), ("offset", 0), ("zoom", 0)], 1.8 * SLOT)],
     "cubes": [GROUND, entry("cubes", [("split", "", 0.4), ("split", "", 0.8), ("split", "", 1.2)],
                             [("alpha", 9), ("explode", 16), ("zoom", 0), ("bounce", 0)])],
-    "fire": [entry("clear", [("color", "255106039")]), entry("fire", splines=[("intensity", 100), ("size", 7)])],
+    "fire": [entry("clear", [("color", "255106039")]), entry("fire", splines=[("intensity", 100), ("size", 13)])],
     "overlay": [*ICE, entry("overlay", splines=[("alpha", 100)])],
     "infinity": [GROUND, entry("infinity")],
     "lighting": [GROUND, entry("lighting", splines=[("alpha", 110), ("mod", 100)])],
@@ -84,7 +83,8 @@ EFFECTS = {
     "blood": [*ICE, entry("blood", length=1.9 * SLOT)],
     "sandrift": [GROUND, entry("sandrift", [("change", "")], [("alpha", 10)])],
 }
-FROM_THE_SHOW = {"meta": 101}                           # the second that shows it
+FROM_THE_SHOW = {"hypno": 13.4, "meta": 101}            # the second that shows it
+SMALL = {"boolean": "crop=72:54:0:537"}                 # what draws into a corner only
 
 
 def script():
@@ -129,7 +129,8 @@ def effects(temporary, show):
     frames = temporary / "frames"
     render(folder, frames, "--fps", f"1/{PERIOD:g}", "--frameskip", round(PERIOD / STEP))
     for index, name in enumerate(EFFECTS):
-        ffmpeg("-i", frames / f"frame.{index:010d}.png", "-vf", "scale=160:120:flags=area", "-q:v", 3,
+        crop = SMALL[name] + "," if name in SMALL else ""
+        ffmpeg("-i", frames / f"frame.{index:010d}.png", "-vf", crop + "scale=160:120:flags=area", "-q:v", 3,
                PICTURES / "effects" / f"{name}.jpg")
     for name, second in FROM_THE_SHOW.items():
         render(show, temporary / name, "--still", second, "--fast")

@@ -553,7 +553,7 @@ void buildLights(Builder& b, const Follow& follow)
     // Moonlight through the windows of the left side, in which the snare flashes, and a colder one from the choir.
     y3d::Light* moon = b.light("moon0", Vector3f(-60, 42, -24), Vector3f(), 160.0f);
     setColor(moon, follow.withChords(follow.snare), [&](float time) {
-        return (0.95f + 0.6f * follow.snare.at(time)) * mix(Vector3f(0.80f, 1.05f, 1.35f), follow.color(time), 0.85f);
+        return (1.15f + 0.6f * follow.snare.at(time)) * mix(Vector3f(0.80f, 1.05f, 1.35f), follow.color(time), 0.85f);
     });
     const auto held = [&](y3d::Light* light, float rest, float swell) {
         setColor(light, follow.withChords(follow.chord),
@@ -563,10 +563,10 @@ void buildLights(Builder& b, const Follow& follow)
     y3d::Light* heart = b.light("heart", Vector3f(0, 7, -44), Vector3f(), 40.0f);
     setColor(heart, follow.beat.times(),
              [&](float time) { return (0.1f + 1.7f * follow.beat.at(time)) * Vector3f(1.2f, 0.27f, 0.04f); });
-    held(b.light("choirLight", Vector3f(0, 20, bayStart(BAYS) + 7.0f), Vector3f(), 18.0f), 0.8f, 0.9f);
+    held(b.light("choirLight", Vector3f(0, 20, bayStart(BAYS) + 7.0f), Vector3f(), 18.0f), 0.95f, 0.9f);
     y3d::Light* vault = b.light("vaultLight", Vector3f(0, 22, -34), Vector3f(), 16.0f);
     setColor(vault, follow.withChords(follow.tune),
-             [&](float time) { return (0.6f + 1.5f * follow.tune.at(time)) * follow.color(time); });
+             [&](float time) { return (0.75f + 1.5f * follow.tune.at(time)) * follow.color(time); });
     for (int i = 0; i < 2; i++)
     {
         y3d::Light* fire = b.light("fire" + std::to_string(i),
