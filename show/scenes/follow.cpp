@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <stdexcept>
 
 namespace Scenes
@@ -27,6 +28,7 @@ const Shade SHADES[] = {{-1.8f, Vector3f(0.26f, 0.40f, 1.30f)},
                         {-0.4f, Vector3f(0.44f, 0.84f, 1.15f)},
                         {0.8f, Vector3f(1.05f, 0.30f, 1.00f)},
                         {2.0f, Vector3f(1.60f, 0.40f, 0.16f)}};
+const std::vector<Music::Voice> TUNE = {Music::Voice::Lead, Music::Voice::Bell};
 const float GHOST = 0.3f;  // strength below which a snare is felt more than heard
 const float CHANGE = 0.2f; // seconds from one to the next
 
@@ -75,7 +77,15 @@ std::vector<Hit> above(float strength, std::vector<Hit> hits)
 Showing::Showing(const std::string& script, const std::string& effect)
 {
     Script::ScriptEngine engine;
-    if (!Script::LoadXML().load(script.c_str(), engine)) throw std::runtime_error(script + ": is no script");
+    try
+    {
+        if (!Script::LoadXML().load(script.c_str(), engine))
+            throw std::runtime_error("cannot be read, or is no script");
+    }
+    catch (const std::exception& error)
+    {
+        throw std::runtime_error(script + ": " + error.what());
+    }
     std::vector<const Script::Effect*> entries;
     for (const Script::Effect* entry : engine.mEffects)
         if (entry->mEnabled && entry->mName == effect) entries.push_back(entry);
@@ -83,7 +93,8 @@ Showing::Showing(const std::string& script, const std::string& effect)
               [](const Script::Effect* a, const Script::Effect* b) { return a->mStart < b->mStart; });
     for (const Script::Effect* entry : entries)
     {
-        const std::size_t count = std::size_t(std::max(0.0, std::ceil((entry->mEnd - entry->mStart) / STEP)));
+        const double seconds = std::min(Music::SECONDS, std::max(0.0, double(entry->mEnd - entry->mStart)));
+        const std::size_t count = std::size_t(std::ceil(seconds / STEP));
         if (mSlots.size() < count) mSlots.resize(count);
         for (std::size_t i = 0; i < count; i++)
             if (height(*entry, (double(i) + 0.5) * STEP) < UNSEEN) mSlots[i].push_back(entry->mStart);
@@ -162,11 +173,10 @@ std::vector<float> Swell::times() const
 }
 
 Follow::Follow(const Showing& showing)
-    : mShowing(showing), mNotes(showing.hits({Music::Voice::Lead, Music::Voice::Bell})),
-      beat(showing.hits({Music::Voice::Heart, Music::Voice::Kick}), 0.05f, 0.28f),
+    : beat(showing.hits({Music::Voice::Heart, Music::Voice::Kick}), 0.05f, 0.28f),
       snare(above(GHOST, showing.hits({Music::Voice::Snare, Music::Voice::Clap})), 0.03f, 0.16f),
-      bell(showing.hits({Music::Voice::Bell}), 0.03f, 0.4f), tune(mNotes, 0.04f, 0.35f),
-      chord(showing.hits({Music::Voice::Pad}), 0.35f, 1.1f)
+      bell(showing.hits({Music::Voice::Bell}), 0.03f, 0.4f), tune(showing.hits(TUNE), 0.04f, 0.35f),
+      chord(showing.hits({Music::Voice::Pad}), 0.35f, 1.1f), mShowing(showing), mNotes(showing.hits(TUNE))
 {
 }
 

@@ -12,6 +12,7 @@
 
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Scenes
@@ -72,8 +73,8 @@ class Follow
 public:
     explicit Follow(const Showing& showing);
 
-    // The chord's colour: deep blue for flat chords, over ice and rose to gold for those that are strained or of
-    // another key. It is there a fifth of a second after the chord.
+    // The chord's colour: deep blue for flat chords, over ice and rose to copper for those that are strained or
+    // of another key. It is there a fifth of a second after the chord.
     Vector3f color(float time) const;
     // The times of a swell, and those at which the chord's colour changes.
     std::vector<float> withChords(const Swell& swell) const;
@@ -82,16 +83,15 @@ public:
     Swell swell(int kind) const { return Swell(tones(kind), 0.04f, 0.35f); }
     static const int KINDS = 7;
 
+    const Swell beat;  // of the heart, or of the drum that stands for it
+    const Swell snare; // and claps
+    const Swell bell;
+    const Swell tune; // bells and the lead
+    const Swell chord;
+
 private:
     const Showing& mShowing;
-    std::vector<Hit> mNotes;
-
-public:
-    Swell beat;  // of the heart, or of the drum that stands for it
-    Swell snare; // and claps
-    Swell bell;
-    Swell tune; // bells and the lead
-    Swell chord;
+    const std::vector<Hit> mNotes; // of the tune
 };
 
 // Straight lines through the values of a function at the given times, in any order, without those that are on the way
