@@ -416,10 +416,10 @@ void placeLights(Builder& b, const std::vector<View>& flight, const Follow& foll
     setColor(moon, follow.withChords(follow.bell), [&](float time) {
         return (0.82f + 1.4f * follow.bell.at(time)) * mix(Vector3f(0.70f, 0.85f, 1.0f), follow.color(time), 0.25f);
     });
-    // A lamp that goes ahead of the camera, and flares with the tune.
+    // A lamp that goes ahead of the camera, and flares with the tune, before it with the claps.
     y3d::Light* lamp = b.light("lamp", Vector3f(), Vector3f(), 26.0f);
-    setColor(lamp, follow.withChords(follow.tune), [&](float time) {
-        return (0.85f + 0.9f * follow.tune.at(time)) * mix(Vector3f(0.80f, 0.92f, 1.0f), follow.color(time), 0.8f);
+    setColor(lamp, follow.withChords(follow.call), [&](float time) {
+        return (0.85f + 0.9f * follow.call.at(time)) * mix(Vector3f(0.80f, 0.92f, 1.0f), follow.color(time), 0.8f);
     });
     std::vector<Stop> x, y, z;
     for (const View& view : flight)

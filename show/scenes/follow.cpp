@@ -176,6 +176,7 @@ Follow::Follow(const Showing& showing)
     : beat(showing.hits({Music::Voice::Heart, Music::Voice::Kick}), 0.05f, 0.28f),
       snare(above(GHOST, showing.hits({Music::Voice::Snare, Music::Voice::Clap})), 0.03f, 0.16f),
       bell(showing.hits({Music::Voice::Bell}), 0.03f, 0.4f), tune(showing.hits(TUNE), 0.04f, 0.35f),
+      call(showing.hits({Music::Voice::Lead, Music::Voice::Bell, Music::Voice::Clap}), 0.04f, 0.35f),
       chord(showing.hits({Music::Voice::Pad}), 0.35f, 1.1f), mShowing(showing), mNotes(showing.hits(TUNE))
 {
 }

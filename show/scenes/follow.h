@@ -87,6 +87,7 @@ public:
     const Swell snare; // and claps
     const Swell bell;
     const Swell tune; // bells and the lead
+    const Swell call; // the tune, or the claps that stand for it before it begins
     const Swell chord;
 
 private:
