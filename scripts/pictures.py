@@ -146,9 +146,9 @@ def sheet(temporary, show):
 def stills(temporary, show):
     for second in sorted({*STILLS, *STRIP}):
         # What builds up over frames has the second before to do so.
-        render(show, temporary / str(second), "--fast", "--from", second - 1, "--to", second, "--fps", "1",
+        render(show, temporary / str(second), "--fast", "--from", second - 1, "--to", second + 0.1, "--fps", "1",
                "--frameskip", "15")
-        frame = temporary / str(second) / "frame.0000000000.png"
+        frame = temporary / str(second) / "frame.0000000001.png"
         frame.rename(temporary / f"{second}.png")
         if second in STILLS:
             ffmpeg("-i", temporary / f"{second}.png", "-vf", "scale=560:420:flags=area", "-q:v", 3,

@@ -545,7 +545,7 @@ void buildLamp(Builder& b, const Follow& follow)
     }
     y3d::Light* light = b.light("lampLight", Vector3f(0, -LAMP_DROP + 0.5f, 0), Vector3f(), 7.0f, pivot);
     setColor(light, follow.tune.times(),
-             [&](float time) { return (0.8f + 1.6f * follow.tune.at(time)) * Vector3f(1.0f, 0.34f, 0.08f); });
+             [&](float time) { return (0.7f + 1.2f * follow.tune.at(time)) * Vector3f(0.9f, 0.22f, 0.06f); });
 }
 
 void buildLights(Builder& b, const Follow& follow)
@@ -562,7 +562,7 @@ void buildLights(Builder& b, const Follow& follow)
     // The beat is seen in the whole nave.
     y3d::Light* heart = b.light("heart", Vector3f(0, 7, -44), Vector3f(), 40.0f);
     setColor(heart, follow.beat.times(),
-             [&](float time) { return (0.1f + 1.7f * follow.beat.at(time)) * Vector3f(1.2f, 0.27f, 0.04f); });
+             [&](float time) { return (0.1f + 1.7f * follow.beat.at(time)) * Vector3f(1.2f, 0.21f, 0.04f); });
     held(b.light("choirLight", Vector3f(0, 20, bayStart(BAYS) + 7.0f), Vector3f(), 18.0f), 0.95f, 0.9f);
     y3d::Light* vault = b.light("vaultLight", Vector3f(0, 22, -34), Vector3f(), 16.0f);
     setColor(vault, follow.withChords(follow.tune),
@@ -572,7 +572,7 @@ void buildLights(Builder& b, const Follow& follow)
         y3d::Light* fire = b.light("fire" + std::to_string(i),
                                    Vector3f(i ? 6.0f : -6.0f, 4.6f, PODIUM + (i ? -5.0f : 5.0f)), Vector3f(), 8.0f);
         setColor(fire, follow.beat.times(),
-                 [&](float time) { return (1.0f + 0.9f * follow.beat.at(time)) * Vector3f(1.2f, 0.36f, 0.09f); });
+                 [&](float time) { return (1.0f + 0.9f * follow.beat.at(time)) * Vector3f(1.1f, 0.26f, 0.07f); });
     }
 }
 
