@@ -18,8 +18,8 @@ from pathlib import Path
 TREE = Path(__file__).resolve().parent.parent
 PICTURES = TREE / "docs/pictures"
 RENDER = [sys.executable, "-B", TREE / "scripts/render.py", "--show"]
-STILLS = (26, 78, 101, 138, 175)                        # seconds of the show
-STRIP = (26, 58, 78, 101, 115, 138, 160, 175)
+STILLS = (25, 77, 84, 131, 154, 175)                    # seconds of the show
+STRIP = (25, 58, 77, 84, 115, 131, 154, 175)
 CUBES_ROW = 13                                          # of the entry that the HUD is shown with, from the top
 STEP = 0.1                                              # seconds between frames that are drawn for the thumbnails
 SLOT = 20 * STEP                                        # for each effect up to its picture
@@ -75,7 +75,7 @@ EFFECTS = {
     "scenese": [*ICE, entry("scenese", [("jumpheight", "0")], [("alpha", 20), ("offset", 0), ("zoom", 0)], 1.8 * SLOT)],
     "cubes": [GROUND, entry("cubes", [("split", "", 0.4), ("split", "", 0.8), ("split", "", 1.2)],
                             [("alpha", 9), ("explode", 16), ("zoom", 0), ("bounce", 0)])],
-    "fire": [entry("clear", [("color", "255106039")]), entry("fire", splines=[("intensity", 100), ("size", 13)])],
+    "fire": [entry("clear", [("color", "255106039")]), entry("fire", splines=[("intensity", 90), ("size", 30)])],
     "overlay": [*ICE, entry("overlay", splines=[("alpha", 100)])],
     "infinity": [GROUND, entry("infinity")],
     "lighting": [GROUND, entry("lighting", splines=[("alpha", 110), ("mod", 100)])],
