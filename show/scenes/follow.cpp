@@ -27,7 +27,7 @@ struct Shade
 const Shade SHADES[] = {{-1.8f, Vector3f(0.26f, 0.40f, 1.30f)},
                         {-0.4f, Vector3f(0.44f, 0.84f, 1.15f)},
                         {0.8f, Vector3f(1.05f, 0.30f, 1.00f)},
-                        {2.0f, Vector3f(1.60f, 0.40f, 0.16f)}};
+                        {2.0f, Vector3f(1.50f, 0.27f, 0.13f)}};
 const std::vector<Music::Voice> TUNE = {Music::Voice::Lead, Music::Voice::Bell};
 const float GHOST = 0.3f;  // strength below which a snare is felt more than heard
 const float CHANGE = 0.2f; // seconds from one to the next
