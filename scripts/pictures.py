@@ -18,8 +18,8 @@ from pathlib import Path
 TREE = Path(__file__).resolve().parent.parent
 PICTURES = TREE / "docs/pictures"
 RENDER = [sys.executable, "-B", TREE / "scripts/render.py", "--show"]
-STILLS = (26, 78, 101, 138, 175)                        # seconds of the show
-STRIP = (26, 58, 78, 101, 115, 138, 160, 175)
+STILLS = (25, 77, 84, 131, 154, 175)                    # seconds of the show
+STRIP = (25, 58, 77, 84, 115, 131, 154, 175)
 CUBES_ROW = 13                                          # of the entry that the HUD is shown with, from the top
 STEP = 0.1                                              # seconds between frames that are drawn for the thumbnails
 SLOT = 20 * STEP                                        # for each effect up to its picture
@@ -49,9 +49,8 @@ def masked(name, mode):
 # What is drawn to show each effect.
 EFFECTS = {
     "clear": [entry("clear", [("color", "036115148")])],
-    "blur": [*ICE, entry("blur", [("amount", "0.6"), ("step", "0.08"), ("lowstep", "0.02"), ("falloffspeed", "0.3"),
-                                  ("falloff", "")])],
-    "hypno": [GROUND, entry("hypno", splines=[("alpha", 12), ("twist", 3), ("spread", 1)])],
+    "blur": [*HALL, entry("overlay", splines=[("alpha", 0)]),
+             entry("blur", [("amount", "0.8"), ("step", "0.12"), ("lowstep", "0.12")])],
     "twister": [entry("clear", [("color", "036115148")]), entry("twister", splines=[("speed", 12)])],
     "particles": [GROUND, entry("particles", [("expand", "1.2", 1), ("enlarge", "0.8", 1)])],
     "static": [*ICE, entry("static", [("size", "1.5"), ("falloffspeed", "1"), ("falloff", "", 1.5)])],
@@ -76,7 +75,7 @@ EFFECTS = {
     "scenese": [*ICE, entry("scenese", [("jumpheight", "0")], [("alpha", 20), ("offset", 0), ("zoom", 0)], 1.8 * SLOT)],
     "cubes": [GROUND, entry("cubes", [("split", "", 0.4), ("split", "", 0.8), ("split", "", 1.2)],
                             [("alpha", 9), ("explode", 16), ("zoom", 0), ("bounce", 0)])],
-    "fire": [entry("clear", [("color", "255106039")]), entry("fire", splines=[("intensity", 100), ("size", 7)])],
+    "fire": [entry("clear", [("color", "255106039")]), entry("fire", splines=[("intensity", 90), ("size", 30)])],
     "overlay": [*ICE, entry("overlay", splines=[("alpha", 100)])],
     "infinity": [GROUND, entry("infinity")],
     "lighting": [GROUND, entry("lighting", splines=[("alpha", 110), ("mod", 100)])],
@@ -84,7 +83,8 @@ EFFECTS = {
     "blood": [*ICE, entry("blood", length=1.9 * SLOT)],
     "sandrift": [GROUND, entry("sandrift", [("change", "")], [("alpha", 10)])],
 }
-FROM_THE_SHOW = {"meta": 101}                           # the second that shows it
+FROM_THE_SHOW = {"hypno": 13.4, "meta": 101}            # the second that shows it
+SMALL = {"boolean": "crop=72:54:0:537"}                 # what draws into a corner only
 
 
 def script():
@@ -129,7 +129,8 @@ def effects(temporary, show):
     frames = temporary / "frames"
     render(folder, frames, "--fps", f"1/{PERIOD:g}", "--frameskip", round(PERIOD / STEP))
     for index, name in enumerate(EFFECTS):
-        ffmpeg("-i", frames / f"frame.{index:010d}.png", "-vf", "scale=160:120:flags=area", "-q:v", 3,
+        crop = SMALL[name] + "," if name in SMALL else ""
+        ffmpeg("-i", frames / f"frame.{index:010d}.png", "-vf", crop + "scale=160:120:flags=area", "-q:v", 3,
                PICTURES / "effects" / f"{name}.jpg")
     for name, second in FROM_THE_SHOW.items():
         render(show, temporary / name, "--still", second, "--fast")
@@ -145,9 +146,9 @@ def sheet(temporary, show):
 def stills(temporary, show):
     for second in sorted({*STILLS, *STRIP}):
         # What builds up over frames has the second before to do so.
-        render(show, temporary / str(second), "--fast", "--from", second - 1, "--to", second, "--fps", "1",
+        render(show, temporary / str(second), "--fast", "--from", second - 1, "--to", second + 0.1, "--fps", "1",
                "--frameskip", "15")
-        frame = temporary / str(second) / "frame.0000000000.png"
+        frame = temporary / str(second) / "frame.0000000001.png"
         frame.rename(temporary / f"{second}.png")
         if second in STILLS:
             ffmpeg("-i", temporary / f"{second}.png", "-vf", "scale=560:420:flags=area", "-q:v", 3,

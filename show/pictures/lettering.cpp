@@ -231,22 +231,6 @@ Canvas overlay()
             pixel.alpha = std::min(1.0f, pixel.alpha * (1.0f - 0.25f * frost) + 0.55f * frost);
         }
 
-    Mask type(width, height);
-    // 4:3 over a square picture: letters are set narrow by that.
-    setType(type, {"Jura", 21.0, 7.0, 0.75}, "sandrift", 172.0, 918.0);
-    setType(type, {"Jura", 21.0, 7.0, 0.75}, "our glacier heart cold", 762.0, 918.0);
-    Mask shade = type;
-    shade.blur(5, 6);
-    lay(canvas, shade, ABYSS, 1.2f);
-    lay(canvas, type, ICE, 0.9f);
-    Mask heart(width, height);
-    for (int y = 0; y < height; y++)
-        for (int x = 0; x < width; x++)
-        {
-            const float distance = std::hypot((float(x) - 266.0f) * 4.0f / 3.0f, float(y) - 912.0f);
-            heart.at(x, y) = smooth(5.0f, 3.5f, distance);
-        }
-    lay(canvas, heart, EMBER, 1.0f);
     return canvas;
 }
 

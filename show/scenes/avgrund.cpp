@@ -335,7 +335,7 @@ void placeCrystals(Builder& b)
 }
 
 // Bridges from wall to wall, with icicles under them.
-void placeBridges(Builder& b)
+void placeBridges(Builder& b, const Follow& follow)
 {
     b.mesh("icicle", {icicle()});
     Chance chance(771u);
@@ -356,23 +356,23 @@ void placeBridges(Builder& b)
             setPosition(node, core + Vector3f(0, -0.75f * thick, thick * (chance.next() - 0.5f)));
             const float length = 2.0f + 5.0f * chance.next() * chance.next();
             setScale(node, Vector3f(2.2f + 0.3f * length, length, 2.2f + 0.3f * length));
+            node->mRotation.mEuler = true;
+            node->mRotation.mW.mBaseValue = 0.0f;
+            setSwings(node->mRotation.mX, follow.tones(k), 0.13f, 0.6f);
         }
     }
 }
 
 // The heart, in a nest of crystals, with splinters that circle it.
-void placeHeart(Builder& b, const std::string& models)
+void placeHeart(Builder& b, const std::string& models, const Follow& follow)
 {
     const Vector3f place(center(HEART_PLACE), floorHeight(HEART_PLACE) + 17.0f, HEART_PLACE);
     b.mesh("heart", readMesh(models + "/heart.y3d"));
     y3d::MeshInstance* node = b.instance("heart", "heart");
     setPosition(node, place);
-    // Two strokes every two seconds, as in the music.
-    const std::vector<Stop> beat = {{0.0f, 9.4f}, {0.08f, 10.6f}, {0.22f, 9.3f}, {0.33f, 10.1f},
-                                    {0.6f, 9.1f}, {1.4f, 9.0f},   {2.0f, 9.4f}};
-    setCurve(node->mScale.mX, beat, true);
-    setCurve(node->mScale.mY, beat, true);
-    setCurve(node->mScale.mZ, beat, true);
+    // It beats with the drums as long as they are heard, then by itself, and at the end it stands still.
+    for (y3d::TrackBlenderFloat* scale : {&node->mScale.mX, &node->mScale.mY, &node->mScale.mZ})
+        setLines(*scale, follow.beat.times(), [&](float time) { return 9.0f + 1.6f * follow.beat.at(time); });
     Chance chance(914u);
     const int thorns = 16;
     for (int i = 0; i < thorns; i++)
@@ -409,11 +409,18 @@ void placeHeart(Builder& b, const std::string& models)
     }
 }
 
-void placeLights(Builder& b, const std::vector<View>& flight)
+void placeLights(Builder& b, const std::vector<View>& flight, const Follow& follow)
 {
-    b.light("moon", Vector3f(320, 520, 240), Vector3f(0.70f, 0.85f, 1.0f), 2600.0f);
-    // A lamp that goes ahead of the camera.
-    y3d::Light* lamp = b.light("lamp", Vector3f(), Vector3f(0.80f, 0.92f, 1.0f), 26.0f);
+    // Bells glint on the snow.
+    y3d::Light* moon = b.light("moon", Vector3f(320, 520, 240), Vector3f(), 2600.0f);
+    setColor(moon, follow.withChords(follow.bell), [&](float time) {
+        return (0.82f + 1.4f * follow.bell.at(time)) * mix(Vector3f(0.70f, 0.85f, 1.0f), follow.color(time), 0.25f);
+    });
+    // A lamp that goes ahead of the camera, and flares with the tune, before it with the claps.
+    y3d::Light* lamp = b.light("lamp", Vector3f(), Vector3f(), 26.0f);
+    setColor(lamp, follow.withChords(follow.call), [&](float time) {
+        return (0.85f + 0.9f * follow.call.at(time)) * mix(Vector3f(0.80f, 0.92f, 1.0f), follow.color(time), 0.8f);
+    });
     std::vector<Stop> x, y, z;
     for (const View& view : flight)
     {
@@ -436,18 +443,21 @@ void placeLights(Builder& b, const std::vector<View>& flight)
                                    Vector3f(center(at) + (i % 2 ? 7.0f : -7.0f) * (i ? 1.0f : 0.0f),
                                             floorHeight(at) + (i ? 5.0f : 14.0f), at + (i ? 0.0f : 10.0f)),
                                    Vector3f(), i ? 9.0f : 34.0f);
-        const auto beat = [&](float full) {
-            return std::vector<Stop>{{0.0f, 0.55f * full},  {0.08f, full},        {0.22f, 0.5f * full},
-                                     {0.33f, 0.85f * full}, {0.7f, 0.45f * full}, {1.4f, 0.4f * full},
-                                     {2.0f, 0.55f * full}};
-        };
-        setCurve(glow->mLightColor.mR, beat(1.0f * strength), true);
-        setCurve(glow->mLightColor.mG, beat(0.42f * strength), true);
-        setCurve(glow->mLightColor.mB, beat(0.13f * strength), true);
+        setColor(glow, follow.beat.times(), [&](float time) {
+            return (0.5f + 1.6f * follow.beat.at(time)) * strength * Vector3f(1.1f, 0.36f, 0.09f);
+        });
     }
     // Cold light from far above, through the ice.
-    b.light("shaft0", Vector3f(center(-250) + 6, floorHeight(-250) + 55, -250), Vector3f(0.25f, 0.55f, 0.75f), 22.0f);
-    b.light("shaft1", Vector3f(center(-660) - 5, floorHeight(-660) + 50, -660), Vector3f(0.20f, 0.45f, 0.70f), 22.0f);
+    for (int i = 0; i < 2; i++)
+    {
+        const float at = i ? -660.0f : -250.0f;
+        y3d::Light* shaft = b.light(
+            "shaft" + std::to_string(i),
+            Vector3f(center(at) + (i ? -5.0f : 6.0f), floorHeight(at) + (i ? 50.0f : 55.0f), at), Vector3f(), 22.0f);
+        setColor(shaft, follow.withChords(follow.snare), [&](float time) {
+            return (0.8f + 1.0f * follow.snare.at(time)) * mix(Vector3f(0.25f, 0.55f, 0.75f), follow.color(time), 0.7f);
+        });
+    }
 }
 
 // Over the glacier for ten seconds, a dive, then along the crevasse a little above its floor.
@@ -475,8 +485,9 @@ std::vector<View> flight()
 
 } // namespace
 
-void buildAvgrund(Builder& b, const std::string& models)
+void buildAvgrund(Builder& b, const std::string& models, const Showing& showing)
 {
+    const Follow follow(showing);
     makeMaterials(b);
 
     b.mesh("mountains", {mountains()});
@@ -503,11 +514,11 @@ void buildAvgrund(Builder& b, const std::string& models)
     b.instance("end", "end");
 
     placeCrystals(b);
-    placeBridges(b);
-    placeHeart(b, models);
+    placeBridges(b, follow);
+    placeHeart(b, models, follow);
 
     const std::vector<View> views = flight();
-    placeLights(b, views);
+    placeLights(b, views, follow);
     setFlight(b.camera("camera", 62.0f), views);
 
     // What is loaded last is drawn last as a rule, and leaves its front face to the effects that follow: the sky, which

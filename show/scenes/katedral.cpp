@@ -448,7 +448,7 @@ void buildChoir(Builder& b)
     b.instance("front", "front");
 }
 
-void buildPodium(Builder& b)
+void buildPodium(Builder& b, const Follow& follow)
 {
     Chance chance(771u);
     b.mesh("podium", {steps()});
@@ -457,6 +457,13 @@ void buildPodium(Builder& b)
     // Where the metaballs are. One negative scale, since their triangles turn clockwise.
     y3d::Dummy* ball = b.dummy("metaball");
     setScale(ball, Vector3f(-2.6f, 2.6f, 2.6f));
+    // The heart of the hall: it grows with each beat.
+    const auto grown = [&](float size) {
+        return [&follow, size](float time) { return size * (1.0f + 0.13f * follow.beat.at(time)); };
+    };
+    setLines(ball->mScale.mX, follow.beat.times(), grown(-2.6f));
+    setLines(ball->mScale.mY, follow.beat.times(), grown(2.6f));
+    setLines(ball->mScale.mZ, follow.beat.times(), grown(2.6f));
     setPosition(ball, Vector3f(0, 5.4f, PODIUM));
     setCurve(ball->mPosition.mY, {{0, 5.2f}, {2, 5.8f}, {4, 5.2f}, {6, 4.9f}, {8, 5.2f}}, true);
     ball->mRotation.mEuler = true;
@@ -476,11 +483,16 @@ void buildPodium(Builder& b)
         y3d::MeshInstance* bowl = b.instance("brazier" + std::to_string(i), "brazier");
         setPosition(bowl, at);
         setScale(bowl, Vector3f(size, size, size));
-        // Two tongues that sway against each other.
+        // Two tongues that sway against each other, and leap with the beat.
+        y3d::Dummy* hearth = b.dummy("hearth" + std::to_string(i));
+        setPosition(hearth, at + Vector3f(0, 2.8f * size, 0));
+        setScale(hearth, Vector3f(1, 1, 1));
+        setLines(hearth->mScale.mY, follow.beat.times(),
+                 [&](float time) { return 0.85f + 0.55f * follow.beat.at(time); });
         for (int k = 0; k < 2; k++)
         {
-            y3d::MeshInstance* fire = b.instance("flame" + std::to_string(2 * i + k), "flame");
-            setPosition(fire, at + Vector3f(k ? 0.22f : -0.18f, 2.8f * size, k ? -0.1f : 0.12f));
+            y3d::MeshInstance* fire = b.instance("flame" + std::to_string(2 * i + k), "flame", hearth);
+            setPosition(fire, Vector3f(k ? 0.22f : -0.18f, 0.0f, k ? -0.1f : 0.12f));
             const float shift = 0.31f * float(i) + 0.9f * float(k), high = k ? 1.0f : 1.4f;
             setScale(fire, Vector3f(1.1f, high, 1.1f));
             setCurve(fire->mScale.mY,
@@ -511,7 +523,7 @@ void buildPodium(Builder& b)
 }
 
 // The lamp swings a little across the nave, high enough to leave the sight of the rose free, with its own light.
-void buildLamp(Builder& b)
+void buildLamp(Builder& b, const Follow& follow)
 {
     b.mesh("lamp", {lamp()});
     y3d::Dummy* pivot = b.dummy("pivot");
@@ -527,32 +539,40 @@ void buildLamp(Builder& b)
         y3d::MeshInstance* fire = b.instance("candle" + std::to_string(i), "flame", pivot);
         setPosition(fire, Vector3f(std::cos(angle) * 2.3f, -LAMP_DROP + 0.1f, std::sin(angle) * 2.3f));
         setScale(fire, Vector3f(0.32f, 0.36f, 0.32f));
+        // Each flares with tones of its own.
+        const Swell flare = follow.swell(i);
+        setLines(fire->mScale.mY, flare.times(), [&](float time) { return 0.34f + 0.4f * flare.at(time); });
     }
-    b.light("lampLight", Vector3f(0, -LAMP_DROP + 0.5f, 0), Vector3f(0.9f, 0.42f, 0.15f), 6.0f, pivot);
+    y3d::Light* light = b.light("lampLight", Vector3f(0, -LAMP_DROP + 0.5f, 0), Vector3f(), 7.0f, pivot);
+    setColor(light, follow.tune.times(),
+             [&](float time) { return (0.7f + 1.2f * follow.tune.at(time)) * Vector3f(0.9f, 0.22f, 0.06f); });
 }
 
-void buildLights(Builder& b)
+void buildLights(Builder& b, const Follow& follow)
 {
-    // Moonlight through the windows of the left side, and a colder one from the choir.
-    b.light("moon0", Vector3f(-60, 42, -24), Vector3f(0.80f, 1.05f, 1.35f), 160.0f);
-    b.light("moon1", Vector3f(20, 22, -66), Vector3f(0.30f, 0.48f, 0.75f), 40.0f);
-    b.light("choirLight", Vector3f(0, 20, bayStart(BAYS) + 7.0f), Vector3f(0.85f, 1.0f, 1.4f), 18.0f);
-    b.light("vaultLight", Vector3f(0, 22, -34), Vector3f(0.42f, 0.60f, 0.80f), 16.0f);
+    // Moonlight through the windows of the left side, in which the snare flashes, and a colder one from the choir.
+    y3d::Light* moon = b.light("moon0", Vector3f(-60, 42, -24), Vector3f(), 160.0f);
+    setColor(moon, follow.withChords(follow.snare), [&](float time) {
+        return (1.15f + 0.6f * follow.snare.at(time)) * mix(Vector3f(0.80f, 1.05f, 1.35f), follow.color(time), 0.85f);
+    });
+    const auto held = [&](y3d::Light* light, float rest, float swell) {
+        setColor(light, follow.withChords(follow.chord),
+                 [&, rest, swell](float time) { return (rest + swell * follow.chord.at(time)) * follow.color(time); });
+    };
+    // The beat is seen in the whole nave.
+    y3d::Light* heart = b.light("heart", Vector3f(0, 7, -44), Vector3f(), 40.0f);
+    setColor(heart, follow.beat.times(),
+             [&](float time) { return (0.1f + 1.7f * follow.beat.at(time)) * Vector3f(1.2f, 0.21f, 0.04f); });
+    held(b.light("choirLight", Vector3f(0, 20, bayStart(BAYS) + 7.0f), Vector3f(), 18.0f), 0.95f, 0.9f);
+    y3d::Light* vault = b.light("vaultLight", Vector3f(0, 22, -34), Vector3f(), 16.0f);
+    setColor(vault, follow.withChords(follow.tune),
+             [&](float time) { return (0.75f + 1.5f * follow.tune.at(time)) * follow.color(time); });
     for (int i = 0; i < 2; i++)
     {
         y3d::Light* fire = b.light("fire" + std::to_string(i),
                                    Vector3f(i ? 6.0f : -6.0f, 4.6f, PODIUM + (i ? -5.0f : 5.0f)), Vector3f(), 8.0f);
-        const float s = 0.21f * float(i);
-        const auto flicker = [&](float full) {
-            return std::vector<Stop>{{s, full},
-                                     {s + 0.2f, 0.8f * full},
-                                     {s + 0.45f, 1.05f * full},
-                                     {s + 0.7f, 0.75f * full},
-                                     {s + 1.0f, full}};
-        };
-        setCurve(fire->mLightColor.mR, flicker(1.9f), true);
-        setCurve(fire->mLightColor.mG, flicker(0.85f), true);
-        setCurve(fire->mLightColor.mB, flicker(0.30f), true);
+        setColor(fire, follow.beat.times(),
+                 [&](float time) { return (1.0f + 0.9f * follow.beat.at(time)) * Vector3f(1.1f, 0.26f, 0.07f); });
     }
 }
 
@@ -611,8 +631,9 @@ std::vector<std::vector<View>> shots()
 
 } // namespace
 
-void buildKatedral(Builder& b, const std::string&)
+void buildKatedral(Builder& b, const Showing& showing)
 {
+    const Follow follow(showing);
     makeMaterials(b);
     b.mesh("column", {column(), shaft()});
     b.mesh("arch", {arch(ARCADE, 5.6f, 0.75f)});
@@ -650,11 +671,15 @@ void buildKatedral(Builder& b, const std::string&)
         setPosition(node, Vector3f(x * ROW * 0.97f, height + 0.1f, 6.0f - z));
         const float size = 0.5f + chance.next();
         setScale(node, Vector3f(size, size * (0.7f + chance.next()), size));
+        // Each has a few tones of the tune that set it swinging.
+        node->mRotation.mEuler = true;
+        node->mRotation.mW.mBaseValue = 0.0f;
+        setSwings(i % 2 ? node->mRotation.mX : node->mRotation.mZ, follow.tones(i), i % 4 < 2 ? 0.16f : -0.16f, 0.55f);
     }
     buildChoir(b);
-    buildPodium(b);
-    buildLamp(b);
-    buildLights(b);
+    buildPodium(b, follow);
+    buildLamp(b, follow);
+    buildLights(b, follow);
     setShots(b.camera("camera", 58.0f), shots());
     // Loaded last and so drawn last as a rule: the metaballs shine as the floor does.
     b.instance("floor", "floor");

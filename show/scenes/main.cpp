@@ -1,22 +1,24 @@
 // Makes the show's 3D scenes.
 //
-//     scenes FOLDER MODELS   avgrund and katedral, each as a Y3D file and its description, into an existing folder;
-//                            what was modelled elsewhere comes from the folder MODELS
+//     scenes FOLDER MODELS SCRIPT   avgrund and katedral, each as a Y3D file and its description, into an existing
+//                                   folder; what was modelled elsewhere comes from the folder MODELS, and the script
+//                                   tells over which notes a scene is seen
 #include "scenes.h"
 
 #include <cstdio>
 #include <exception>
+#include <functional>
 #include <memory>
 #include <stdexcept>
+#include <string>
 
 namespace
 {
 
-void writeScene(const std::string& folder, const std::string& name, const std::string& models,
-                void (*build)(Scenes::Builder&, const std::string&))
+void writeScene(const std::string& folder, const std::string& name, const std::function<void(Scenes::Builder&)>& build)
 {
     Scenes::Builder builder;
-    build(builder, models);
+    build(builder);
     builder.write(folder + "/" + name + ".y3d");
 
     const std::string filename = folder + "/" + name + ".xml";
@@ -31,15 +33,16 @@ void writeScene(const std::string& folder, const std::string& name, const std::s
 
 int main(int argc, char** argv)
 {
-    if (argc != 3 || argv[1][0] == '-')
+    if (argc != 4 || argv[1][0] == '-')
     {
-        std::fprintf(stderr, "usage: scenes FOLDER MODELS\n");
+        std::fprintf(stderr, "usage: scenes FOLDER MODELS SCRIPT\n");
         return 2;
     }
     try
     {
-        writeScene(argv[1], "avgrund", argv[2], Scenes::buildAvgrund);
-        writeScene(argv[1], "katedral", argv[2], Scenes::buildKatedral);
+        const Scenes::Showing crevasse(argv[3], "sorrel"), hall(argv[3], "podium");
+        writeScene(argv[1], "avgrund", [&](Scenes::Builder& b) { Scenes::buildAvgrund(b, argv[2], crevasse); });
+        writeScene(argv[1], "katedral", [&](Scenes::Builder& b) { Scenes::buildKatedral(b, hall); });
     }
     catch (const std::exception& error)
     {
