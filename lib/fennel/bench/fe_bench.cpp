@@ -1,4 +1,5 @@
 #include "fe_camera.h"
+#include "fe_mesh.h"
 #include "gl_recorder.h"
 #include "fe_scenes.h"
 #include "fe_sorrel.h"
@@ -7,6 +8,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <cmath>
 #include <ctime>
 #include <string>
@@ -152,23 +154,50 @@ void drawing(benchmark::State& state)
 }
 BENCHMARK(drawing)->Unit(benchmark::kMicrosecond);
 
-// For the same nodes nothing but their matrix products and the calls that draw them, unchecked, with everything bound.
+// The nodes that a frame shows, in the order in which it draws them.
+std::vector<Fennel::Sorrel::Node*> drawnNodes(Engine& engine)
+{
+    std::vector<Fennel::Sorrel::Node*> all, drawn;
+    std::swap(all, engine.mNodes);
+    for (Fennel::Sorrel::Node* node : all)
+    {
+        engine.mNodes.assign(1, node);
+        engine.draw();
+        if (!engine.mRenderManager.mJobs.empty()) drawn.push_back(node);
+    }
+    engine.mNodes = all;
+    std::stable_sort(drawn.begin(), drawn.end(), [](const auto* one, const auto* other) {
+        return one->mMesh->mSubmeshes[0].mVertexBuffer->mNumber < other->mMesh->mSubmeshes[0].mVertexBuffer->mNumber;
+    });
+    return drawn;
+}
+
+// The least that the same frame can cost: its matrix products and its calls, each with the question for an error that
+// belongs to it. Which nodes are to be seen, and their order, is known beforehand.
 void drawingFloor(benchmark::State& state)
 {
     FrameScene scene;
-    scene.engine.draw();
-    const std::size_t visible = scene.engine.mRenderManager.mJobs.size();
-    std::vector<const Fennel::Sorrel::Node*> nodes(scene.engine.mNodes.begin(), scene.engine.mNodes.end());
-    nodes.resize(visible);
-    const MathBase::Matrix4x4Col view = scene.engine.mActiveCamera->mMatCameraInv;
+    Engine& engine = scene.engine;
+    const std::vector<Fennel::Sorrel::Node*> nodes = drawnNodes(engine);
+    const MathBase::Matrix4x4Col view = engine.mActiveCamera->mMatCameraInv;
+    std::vector<Fennel::Sorrel::Node*> none;
     for (auto _ : state)
     {
+        // What a frame calls without any node.
+        std::swap(engine.mNodes, none);
+        engine.draw();
+        std::swap(engine.mNodes, none);
+
+        const Fennel::Submesh* bound = nullptr;
         for (const Fennel::Sorrel::Node* node : nodes)
         {
-            MathBase::Matrix4x4Col matrix = view;
-            matrix.multiplyFromRight(node->mMatWorld);
+            const MathBase::Matrix4x4Col matrix = MathBase::Matrix4x4Col::product(view, node->mMatWorld);
+            const Fennel::Submesh& submesh = node->mMesh->mSubmeshes[0];
+            if (&submesh != bound) node->mMaterials[0]->activate(nullptr);
             glLoadMatrixf(matrix.m);
-            glDrawRangeElements(GL_TRIANGLES, 0, 16, 54, GL_UNSIGNED_BYTE, nullptr);
+            benchmark::DoNotOptimize(glGetError());
+            submesh.render(bound);
+            bound = &submesh;
         }
     }
 }

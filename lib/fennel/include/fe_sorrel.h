@@ -153,7 +153,21 @@ private:
     void activateCamera(Camera* camera);
     void updateCamera(float time);
     void updateLight(Light& light, float time);
+    void findVisibleNodes();
     void activateLights();
+
+    // A node that a frame shows.
+    struct Visible
+    {
+        Visible(unsigned long pMesh, Node* pNode) : mesh(pMesh), node(pNode) {}
+
+        unsigned long mesh; // number of its mesh in the order of drawing
+        Node* node;
+    };
+
+    // Room for renderVisibleNodes(), kept from frame to frame.
+    std::vector<Visible> mVisible;
+    std::vector<Visible> mSortedVisible;
 
     std::string mSceneFile; // the Y3D file that is being loaded, for messages
 };

@@ -1,12 +1,15 @@
 #include "fe_rendermanager.h"
 
 #include "fe_material.h"
+#include "fe_numbersort.h"
 #include "fe_submesh.h"
 
 #include "tw_glinclude.h"
 
 #include <algorithm>
 #include <cassert>
+#include <climits>
+#include <cstdint>
 #include <utility>
 
 namespace Fennel
@@ -29,7 +32,7 @@ unsigned long numberOf(const BufferARB* buffer)
 
 } // namespace
 
-bool RenderManager::Job::operator<(const Job& other) const
+bool RenderManager::Job::isBefore(const Job& other) const
 {
     if (submesh != other.submesh)
     {
@@ -42,41 +45,30 @@ bool RenderManager::Job::operator<(const Job& other) const
     return textureOf(material) < textureOf(other.material);
 }
 
-bool RenderManager::Key::operator<(const Key& other) const
-{
-    if (vertexBuffer != other.vertexBuffer) return vertexBuffer < other.vertexBuffer;
-    if (indexBuffer != other.indexBuffer) return indexBuffer < other.indexBuffer;
-    return texture < other.texture;
-}
-
 RenderManager::RenderManager()
 {
     mJobs.reserve(USUAL_JOBS);
 }
 
-void RenderManager::add(const Submesh* submesh, const Material* material, const MathBase::Matrix4x4Col& matrix,
-                        unsigned int flags)
-{
-    mJobs.push_back({submesh, material, matrix, static_cast<int>(flags)});
-}
-
-// What Job::operator< looks at is gathered first, so that the sort neither follows pointers nor moves matrices. The
-// result is what sorting the jobs themselves by it gives, also in the order of equal ones.
+// What Job::operator< looks at is gathered first, so that the sort neither follows pointers nor moves matrices. Sorted
+// by the last criterion first, each sort keeps what the ones before it have done.
 void RenderManager::sort()
 {
-    if (mJobs.size() < 2) return;
+    if (std::is_sorted(mJobs.begin(), mJobs.end())) return;
 
     mKeys.clear();
     for (const Job& job : mJobs)
     {
-        mKeys.push_back({numberOf(job.submesh->mVertexBuffer), numberOf(job.submesh->mIndexBuffer),
-                         textureOf(job.material), static_cast<int>(mKeys.size())});
+        mKeys.emplace_back(numberOf(job.submesh->mVertexBuffer), numberOf(job.submesh->mIndexBuffer),
+                           textureOf(job.material), mKeys.size());
     }
-    std::sort(mKeys.begin(), mKeys.end());
+    sortByNumber(mKeys, mSortedKeys, [](const Key& key) { return std::int64_t(key.texture) - INT_MIN; });
+    sortByNumber(mKeys, mSortedKeys, [](const Key& key) { return key.indexBuffer; });
+    sortByNumber(mKeys, mSortedKeys, [](const Key& key) { return key.vertexBuffer; });
 
     mSortedJobs.clear();
     mSortedJobs.reserve(mJobs.capacity());
-    for (const Key& key : mKeys) mSortedJobs.push_back(mJobs[static_cast<std::size_t>(key.job)]);
+    for (const Key& key : mKeys) mSortedJobs.push_back(mJobs[key.job]);
     mJobs.swap(mSortedJobs);
 }
 

@@ -4,6 +4,7 @@
 #include "fe_light.h"
 #include "fe_mesh.h"
 #include "fe_nodematrix.h"
+#include "fe_numbersort.h"
 
 #include "tw_glinclude.h"
 
@@ -20,17 +21,59 @@ namespace
 
 const std::size_t GL_LIGHTS = 8;
 
-// Outside as soon as the sphere around the middle of the box lies outside one plane, touching included.
-bool isVisible(const MathBase::AABBpointsf& box, const MathBase::Frustum& frustum)
+// Jobs are drawn in the order of their buffers' numbers, and so the meshes in that of their first ones.
+unsigned long numberOf(const Mesh& mesh)
 {
-    const MathBase::Vector3f center = box.getCenter();
-    const float radius = box.getMinSphereRadiusFromCenter();
-    for (int i = 0; i < frustum.mNumPlanes; ++i)
-    {
-        if (-radius >= frustum.mPlanes[i].distanceTo(center)) return false;
-    }
-    return true;
+    const BufferARB* buffer = mesh.mSubmeshes.empty() ? nullptr : mesh.mSubmeshes[0].mVertexBuffer;
+    return buffer ? buffer->mNumber : 0;
 }
+
+// The boxes of some nodes, number by number side by side: the compiler makes loops over them of instructions that take
+// several boxes at a time.
+class Boxes
+{
+public:
+    static const std::size_t ROOM = 64;
+
+    void set(std::size_t i, const MathBase::AABBpointsf& box)
+    {
+        mMinX[i] = box.mMin.x;
+        mMinY[i] = box.mMin.y;
+        mMinZ[i] = box.mMin.z;
+        mMaxX[i] = box.mMax.x;
+        mMaxY[i] = box.mMax.y;
+        mMaxZ[i] = box.mMax.z;
+    }
+
+    // Finds out which ones are outside. All places are looked at, used or not: their number is known beforehand.
+    void cull(const MathBase::Frustum& frustum)
+    {
+        for (std::size_t i = 0; i < ROOM; ++i)
+        {
+            const MathBase::AABBpointsf box({mMinX[i], mMinY[i], mMinZ[i]}, {mMaxX[i], mMaxY[i], mMaxZ[i]});
+            const MathBase::Vector3f center = box.getCenter();
+            mCenterX[i] = center.x;
+            mCenterY[i] = center.y;
+            mCenterZ[i] = center.z;
+            mRadius[i] = box.getMinSphereRadiusFromCenter();
+            mOutside[i] = 0;
+        }
+        for (int plane = 0; plane < frustum.mNumPlanes; ++plane)
+        {
+            const MathBase::Planef p = frustum.mPlanes[plane];
+            for (std::size_t i = 0; i < ROOM; ++i)
+                mOutside[i] |= -mRadius[i] >= p.distanceTo({mCenterX[i], mCenterY[i], mCenterZ[i]}) ? 1 : 0;
+        }
+    }
+
+    // Outside as soon as the sphere around the middle of the box lies outside one plane, touching included.
+    bool isOutside(std::size_t i) const { return mOutside[i] != 0; }
+
+private:
+    float mMinX[ROOM] = {}, mMinY[ROOM] = {}, mMinZ[ROOM] = {}, mMaxX[ROOM] = {}, mMaxY[ROOM] = {}, mMaxZ[ROOM] = {};
+    float mCenterX[ROOM], mCenterY[ROOM], mCenterZ[ROOM], mRadius[ROOM];
+    int mOutside[ROOM];
+};
 
 } // namespace
 
@@ -114,10 +157,31 @@ void Engine::draw()
 
 void Engine::renderVisibleNodes()
 {
-    for (Node* node : mNodes)
+    findVisibleNodes();
+    // Added mesh by mesh, jobs stand in their order from the start, unless a mesh has several submeshes or materials.
+    sortByNumber(mVisible, mSortedVisible, [](const Visible& visible) { return visible.mesh; });
+    for (const Visible& visible : mVisible) renderNode(visible.node, mActiveCamera->mMatCameraInv);
+}
+
+void Engine::findVisibleNodes()
+{
+    mVisible.clear();
+    Boxes boxes;
+    Node* nodes[Boxes::ROOM];
+    for (auto next = mNodes.begin(); next != mNodes.end();)
     {
-        if (node->mMesh && isVisible(node->mWorldBox, mActiveCamera->mFrustum))
-            renderNode(node, mActiveCamera->mMatCameraInv);
+        std::size_t count = 0;
+        for (; count < Boxes::ROOM && next != mNodes.end(); ++next)
+        {
+            if (!(*next)->mMesh) continue;
+            boxes.set(count, (*next)->mWorldBox);
+            nodes[count++] = *next;
+        }
+        boxes.cull(mActiveCamera->mFrustum);
+        for (std::size_t i = 0; i < count; ++i)
+        {
+            if (!boxes.isOutside(i)) mVisible.emplace_back(numberOf(*nodes[i]->mMesh), nodes[i]);
+        }
     }
 }
 
@@ -140,11 +204,11 @@ void Engine::activateLights()
 
 void Engine::renderNode(Node* node, const MathBase::Matrix4x4Col& view)
 {
-    MathBase::Matrix4x4Col matrix = view;
-    matrix.multiplyFromRight(node->mMatWorld);
+    const MathBase::Matrix4x4Col matrix = MathBase::Matrix4x4Col::product(view, node->mMatWorld);
     const unsigned int flags = node->mMirrored ? RenderManager::Job::MIRRORED : 0;
-    for (std::size_t i = 0; i < node->mMaterials.size(); ++i)
-        mRenderManager.add(&node->mMesh->mSubmeshes[i], node->mMaterials[i], matrix, flags);
+    if (node->mMaterials.empty()) return;
+    const Submesh* submesh = node->mMesh->mSubmeshes.data();
+    for (const Material* material : node->mMaterials) mRenderManager.add(submesh++, material, matrix, flags);
 }
 
 } // namespace Sorrel

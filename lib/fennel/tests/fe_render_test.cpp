@@ -138,7 +138,7 @@ TEST(RenderJobs, groupBySubmeshAndThenByTextureAndKeepTheirRoom)
     }
     std::vector<Fennel::RenderManager::Job> jobs = manager.mJobs;
     for (std::size_t i = 0; i < jobs.size(); ++i) jobs[i].matrix.m[0] = manager.mJobs[i].matrix.m[0] = float(i);
-    std::sort(jobs.begin(), jobs.end());
+    std::stable_sort(jobs.begin(), jobs.end());
     manager.sort();
     for (std::size_t i = 0; i < jobs.size(); ++i) EXPECT_EQ(manager.mJobs[i].matrix.m[0], jobs[i].matrix.m[0]);
     EXPECT_EQ(manager.mJobs.front().material, &plain) << "without a texture comes first";

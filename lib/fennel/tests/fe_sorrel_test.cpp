@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <functional>
 
 using Fennel::Sorrel::Engine;
@@ -328,6 +329,31 @@ TEST_F(SorrelTest, aSphereThatTouchesAPlaneFromOutsideIsCulled)
         engine->draw();
         EXPECT_EQ(engine->mRenderManager.mJobs.size(), z < 0 ? 1u : 0u) << z;
     }
+}
+
+// More nodes than culling takes at a time. Where surfaces touch, the order shows in the picture.
+TEST_F(SorrelTest, whatIsInSightIsDrawnMeshByMeshInTheOrderOfTheScene)
+{
+    SceneFile file;
+    file.material("m", 1, 1, 1, true);
+    file.quad("first", "m");
+    file.quad("second", "m");
+    std::vector<long> expected[2];
+    for (int i = 0; i < 333; ++i)
+    {
+        const int z = i % 3 ? -5 - i : 5;
+        file.instance(nullptr, "node", i % 5 ? "second" : "first", {0, 0, static_cast<float>(z)});
+        if (z < 0) expected[i % 5 ? 1 : 0].push_back(z);
+    }
+    file.camera(nullptr, "camera", {});
+    const std::unique_ptr<Engine> engine = load(file);
+    engine->updateKeyframing(0);
+    engine->draw();
+    std::vector<long> drawn;
+    for (const Fennel::RenderManager::Job& job : engine->mRenderManager.mJobs)
+        drawn.push_back(std::lround(job.matrix.m[14]));
+    expected[0].insert(expected[0].end(), expected[1].begin(), expected[1].end());
+    EXPECT_EQ(drawn, expected[0]);
 }
 
 TEST_F(SorrelTest, aFrameAllocatesNothingOnceTheLargestHasBeen)

@@ -42,19 +42,17 @@ struct Matrix4x4Col
     }
 
     // this = this * right; `right` may be this matrix itself.
-    void multiplyFromRight(const Matrix4x4Col& right)
+    void multiplyFromRight(const Matrix4x4Col& right) { *this = product(*this, right); }
+
+    // left * right.
+    static Matrix4x4Col product(const Matrix4x4Col& left, const Matrix4x4Col& right)
     {
-        const Matrix4x4Col left = *this;
-        const Matrix4x4Col factor = right;
-        for (int column = 0; column < 4; ++column)
-        {
-            for (int row = 0; row < 4; ++row)
-            {
-                float sum = 0.0f;
-                for (int i = 0; i < 4; ++i) sum += left.m[4 * i + row] * factor.m[4 * column + i];
-                m[4 * column + row] = sum;
-            }
-        }
+        Matrix4x4Col result;
+        left.transformColumn(right.m, result.m);
+        left.transformColumn(right.m + 4, result.m + 4);
+        left.transformColumn(right.m + 8, result.m + 8);
+        left.transformColumn(right.m + 12, result.m + 12);
+        return result;
     }
 
     // The point p taken through the matrix, divided by its resulting w.
@@ -67,6 +65,16 @@ struct Matrix4x4Col
     }
 
     float m[16] = {1.0f, 0.0f, 0.0f, 0.0f, 0.0f, 1.0f, 0.0f, 0.0f, 0.0f, 0.0f, 1.0f, 0.0f, 0.0f, 0.0f, 0.0f, 1.0f};
+
+private:
+    // Makes a column of a product out of that of the right factor. The sums begin at zero, so that negative zeros alone
+    // add up to a zero without a sign.
+    void transformColumn(const float* right, float* result) const
+    {
+        const float x = right[0], y = right[1], z = right[2], w = right[3];
+        for (int row = 0; row < 4; ++row)
+            result[row] = 0.0f + m[row] * x + m[4 + row] * y + m[8 + row] * z + m[12 + row] * w;
+    }
 };
 
 } // namespace MathBase

@@ -36,9 +36,22 @@ extern GLLookUp glLookUp;
 #define glBufferDataARB Tidewheel::glEntryPoints.bufferDataARB
 #define glDrawRangeElements Tidewheel::glEntryPoints.drawRangeElements
 
+namespace Tidewheel
+{
+
+// Throws a Tidewheel::Exception for an error of OpenGL. Codes outside the table of eight are ignored.
+void throwGLError(GLenum error, const char* file, int line, const char* statement);
+
+} // namespace Tidewheel
+
 // Asks OpenGL once for an error and throws it as a Tidewheel::Exception that names the source line, its text and the
-// error. Codes outside the table of eight are ignored. Not to be called between glBegin and glEnd.
-void GL_REPORT_ERROR(const char* file, int line, const char* statement);
+// error. Not to be called between glBegin and glEnd. It stands behind nearly every call, so the common case, no error,
+// is decided where it stands.
+inline void GL_REPORT_ERROR(const char* file, int line, const char* statement)
+{
+    const GLenum error = glGetError();
+    if (error != GL_NO_ERROR) Tidewheel::throwGLError(error, file, line, statement);
+}
 
 // A call and its check. The statement's text is made right here: handed on through a second macro, its constants
 // would turn into numbers.

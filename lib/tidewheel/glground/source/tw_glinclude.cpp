@@ -63,8 +63,6 @@ void APIENTRY firstDrawRangeElements(GLenum mode, GLuint start, GLuint end, GLsi
 GLEntryPoints glEntryPoints = {firstGenBuffersARB, firstDeleteBuffersARB, firstBindBufferARB, firstBufferDataARB,
                                firstDrawRangeElements};
 
-} // namespace Tidewheel
-
 namespace
 {
 
@@ -79,15 +77,14 @@ const char* const mName[ERROR_COUNT] = {"GL_NO_ERROR",          "GL_INVALID_ENUM
 
 } // namespace
 
-void GL_REPORT_ERROR(const char* file, int line, const char* statement)
+void throwGLError(GLenum error, const char* file, int line, const char* statement)
 {
-    const GLenum error = glGetError();
-
     // The search starts behind GL_NO_ERROR, which therefore never matches.
     for (int i = 1; i < ERROR_COUNT; i++)
     {
         if (mCode[i] == error)
-            throw Tidewheel::Exception("[Tidewheel] GL-error at [%d] %s\nLine: %s\nError: '%s'", line, file, statement,
-                                       mName[i]);
+            throw Exception("[Tidewheel] GL-error at [%d] %s\nLine: %s\nError: '%s'", line, file, statement, mName[i]);
     }
 }
+
+} // namespace Tidewheel
