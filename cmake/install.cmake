@@ -30,7 +30,7 @@ function(tw_install_show name root)
   set(SHOW_name ${name})
 
   set(texts ${CMAKE_CURRENT_BINARY_DIR}/install-${name})
-  set(templates ${PROJECT_SOURCE_DIR}/scripts/package)
+  set(templates ${PROJECT_SOURCE_DIR}/scripts/packing/templates)
   foreach(file launcher show.desktop show.metainfo.xml show.1)
     configure_file(${templates}/${file} ${texts}/${file} @ONLY)
   endforeach()

@@ -34,7 +34,12 @@ from collections import Counter
 from pathlib import Path
 
 import measure_music
-import render
+from rendering import TREE, RenderError
+from rendering.encoder import ffmpeg
+from rendering.options import parse
+from rendering.outputs import Progress
+from rendering.plan import Plan
+from rendering.program import run_renderer
 
 NEAR = 0.02         # seconds between a note and an event that belongs to it, at most
 DARK = 16           # mean luminance
@@ -58,7 +63,7 @@ COLUMNS = {"light": 5, "dark": 5, "colour": 9, "kick": 7, "snare": 7, "fill": 5,
 def take_pictures(plan):
     """([rgb bytes of each picture, small], [milliseconds of processor time up to it])"""
     costs, pictures = [], []
-    scaler = render.ffmpeg("-f", "rawvideo", "-pixel_format", "bgra", "-video_size", f"{plan.width}x{plan.height}",
+    scaler = ffmpeg("-f", "rawvideo", "-pixel_format", "bgra", "-video_size", f"{plan.width}x{plan.height}",
                            "-i", "pipe:0", "-vf", f"scale={WIDTH}:{HEIGHT}:flags=area", "-pix_fmt", "rgb24",
                            "-f", "rawvideo", "-", stdin=subprocess.PIPE, stdout=subprocess.PIPE)
 
@@ -68,10 +73,10 @@ def take_pictures(plan):
 
     reader = threading.Thread(target=read, daemon=True)
     reader.start()
-    progress = render.Progress(plan)
+    progress = Progress(plan)
     with tempfile.TemporaryDirectory(prefix="measure-") as temporary:
         pipe = scaler.stdin.fileno()
-        render.run_renderer(plan, Path(temporary), f"raw:0:{len(plan.times)}:{pipe}", threading.Event(), progress.show,
+        run_renderer(plan, Path(temporary), f"raw:0:{len(plan.times)}:{pipe}", threading.Event(), progress.show,
                             [pipe], scaler.stdin.close, costs)
     reader.join()
     return pictures, costs
@@ -159,7 +164,7 @@ def read_events(show):
     for script in show.scripts:
         path = next((path for path in (show.folder / script, show.folder / "data" / script) if path.is_file()), None)
         if not path:
-            raise render.RenderError(f"{script} lies neither in {show.folder} nor in its data/")
+            raise RenderError(f"{script} lies neither in {show.folder} nor in its data/")
         said = subprocess.run([show.tool("timeline"), "print", "--json", path], check=True, capture_output=True,
                               text=True)
         events.update(events_of(json.loads(said.stdout)["entries"]))
@@ -227,7 +232,7 @@ def even_stretch(file, length):
 
 
 def measure(options):
-    plan = render.Plan(render.parse(["--hash", "--fps", str(options.fps), "--frameskip", str(FRAMESKIP)]), options.show)
+    plan = Plan(parse(["--hash", "--fps", str(options.fps), "--frameskip", str(FRAMESKIP)]), options.show)
     program = options.music
     score = Score(plan.show, program)
     sections = [(name, start, min(end, plan.show.end)) for name, start, end in measure_music.sections(program)]
@@ -270,7 +275,7 @@ def lines(result, old=None, old_name=""):
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("--show", type=Path, default=render.TREE, metavar="FOLDER", help="another show's folder")
+    parser.add_argument("--show", type=Path, default=TREE, metavar="FOLDER", help="another show's folder")
     parser.add_argument("--music", type=Path, metavar="PROGRAM", help="the music program that knows sections and notes")
     parser.add_argument("--fps", type=int, default=5, metavar="N", help="pictures a second that are looked at (5)")
     parser.add_argument("--save", type=Path, metavar="FILE", help="keep the figures")
@@ -299,5 +304,5 @@ if __name__ == "__main__":
         sys.exit(f"Error: {error.cmd[0]} ended with status {error.returncode}")
     except OSError as error:
         sys.exit(f"Error: {error.filename or 'file'}: {error.strerror}")
-    except (render.RenderError, ValueError) as error:
+    except (RenderError, ValueError) as error:
         sys.exit(f"Error: {error}")

@@ -14,13 +14,16 @@ import threading
 import time
 from pathlib import Path
 
-import render
+from rendering import TREE, RenderError
+from rendering.options import parse
+from rendering.plan import Plan
+from rendering.program import run_renderer
 
 FRAMES_A_SECOND = 25
 
 
 def main():
-    plan = render.Plan(render.parse(["--hash", "--fps", "1", "--frameskip", str(FRAMES_A_SECOND)]), render.TREE)
+    plan = Plan(parse(["--hash", "--fps", "1", "--frameskip", str(FRAMES_A_SECOND)]), TREE)
     times = plan.times
     interrupted = threading.Event()
     signal.signal(signal.SIGINT, lambda *_: interrupted.set())
@@ -31,7 +34,7 @@ def main():
 
     with tempfile.TemporaryDirectory(prefix="showspeed-") as temporary, open(os.devnull, "wb") as nowhere:
         where = f"raw:0:{len(times)}:{nowhere.fileno()}"
-        render.run_renderer(plan, Path(temporary), where, interrupted, told, [nowhere.fileno()])
+        run_renderer(plan, Path(temporary), where, interrupted, told, [nowhere.fileno()])
     print("seconds of the show    frames a second    milliseconds a frame")
     for first in range(0, len(stamps) - 1, 10):
         last = min(first + 10, len(stamps) - 1)
@@ -43,5 +46,5 @@ def main():
 if __name__ == "__main__":
     try:
         main()
-    except (render.RenderError, subprocess.SubprocessError) as error:
+    except (RenderError, subprocess.SubprocessError) as error:
         sys.exit(f"Error: {error}")

@@ -13,7 +13,7 @@ import unittest
 from showfolder import Picture, clear_entry, wait_until
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "scripts"))
-import render
+from rendering.options import parse
 
 RENDER = pathlib.Path(__file__).resolve().parent.parent / "scripts/render.py"
 PROGRAM = pathlib.Path(os.environ["SHOW_PROGRAM"])
@@ -178,7 +178,7 @@ class Rendering(unittest.TestCase):
         self.assertEqual([], self.written("temporary"))
 
     def test_names_stand_on_both_sides_of_options(self):
-        options = render.parse(["first", "--still", "12", "look"])
+        options = parse(["first", "--still", "12", "look"])
         self.assertEqual(("first", "look.png"), (options.name, options.output))
 
     def test_says_what_it_does_and_what_it_cannot_do(self):

@@ -15,7 +15,9 @@ import unittest
 from concurrent.futures import ThreadPoolExecutor
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "scripts"))
-import render
+from rendering.options import parse
+from rendering.plan import Plan
+from rendering.program import run_renderer
 
 RENDERER = pathlib.Path(os.environ["SHOW_PROGRAM"] + "-render")
 RATE, WIDTH, HEIGHT = 2, 160, 120       # every place lies on a frame
@@ -46,10 +48,10 @@ class Seek(unittest.TestCase):
     def pictures(self, start, end):
         """{second: pixels} of a run that begins at `start`."""
         size = WIDTH * HEIGHT * 4
-        plan = render.Plan(render.parse(["--hash", "--fast", "--from", str(start), "--to", str(end), "--fps", str(RATE),
+        plan = Plan(parse(["--hash", "--fast", "--from", str(start), "--to", str(end), "--fps", str(RATE),
                                          "--size", f"{WIDTH}x{HEIGHT}"]), self.root)
         with tempfile.TemporaryDirectory(prefix="seek-") as folder, tempfile.TemporaryFile() as file:
-            render.run_renderer(plan, pathlib.Path(folder), f"raw:0:{len(plan.times)}:{file.fileno()}",
+            run_renderer(plan, pathlib.Path(folder), f"raw:0:{len(plan.times)}:{file.fileno()}",
                                 threading.Event(), lambda *_: None, [file.fileno()])
             file.seek(0)
             return {moment: file.read(size) for moment in plan.times}
