@@ -619,10 +619,10 @@ std::vector<Note> compose()
 
 const char* nameOf(Voice voice)
 {
-    static const char* const NAMES[] = {"pad",   "choir",  "bass",  "pluck",  "lead",   "counter",  "bell",
-                                        "kick",  "snare",  "clap",  "shaker", "hat",    "open hat", "tom",
-                                        "heart", "impact", "riser", "wind",   "crackle"};
-    return NAMES[std::size_t(voice)];
+    static const char* const VOICE_NAMES[] = {"pad",   "choir",  "bass",  "pluck",  "lead",   "counter",  "bell",
+                                              "kick",  "snare",  "clap",  "shaker", "hat",    "open hat", "tom",
+                                              "heart", "impact", "riser", "wind",   "crackle"};
+    return VOICE_NAMES[std::size_t(voice)];
 }
 
 const std::vector<Note>& notes()
