@@ -87,6 +87,8 @@ private:
             mText += trimmed(document.bytes(node.open));
         else if (node.kind == Node::Kind::OTHER)
             mText.append(document.bytes(node.open));
+        else if (node.name.empty())
+            mText.append(document.bytes(node.span())); // written anew, its first attribute would become its name
         else
             writeTag(document, node, depth);
         if (old) addAll(node, depth, &Additions::behind);
