@@ -277,11 +277,15 @@ std::string Document::withLineEnds(std::string_view text) const
     const bool isReturned = first != std::string::npos && first > 0 && mText[first - 1] == '\r';
     std::string result;
     result.reserve(text.size());
-    for (std::size_t i = 0; i < text.size(); ++i)
+    for (std::size_t i = 0; i < text.size();)
     {
-        if (text.substr(i, 2) == "\r\n") continue;
-        if (text[i] == '\n' && isReturned) result += '\r';
-        result += text[i];
+        // All returns before a line end go, so that what was written so stays the same when it is written again.
+        const std::size_t end = std::min(text.find_first_not_of('\r', i), text.size());
+        const bool isLineEnd = end < text.size() && text[end] == '\n';
+        if (!isLineEnd) result.append(text.substr(i, end - i));
+        if (isLineEnd && isReturned) result += '\r';
+        if (end < text.size()) result += text[end];
+        i = end + 1;
     }
     return result;
 }
