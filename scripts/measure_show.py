@@ -64,8 +64,8 @@ def take_pictures(plan):
     """([rgb bytes of each picture, small], [milliseconds of processor time up to it])"""
     costs, pictures = [], []
     scaler = ffmpeg("-f", "rawvideo", "-pixel_format", "bgra", "-video_size", f"{plan.width}x{plan.height}",
-                           "-i", "pipe:0", "-vf", f"scale={WIDTH}:{HEIGHT}:flags=area", "-pix_fmt", "rgb24",
-                           "-f", "rawvideo", "-", stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+                    "-i", "pipe:0", "-vf", f"scale={WIDTH}:{HEIGHT}:flags=area", "-pix_fmt", "rgb24",
+                    "-f", "rawvideo", "-", stdin=subprocess.PIPE, stdout=subprocess.PIPE)
 
     def read():
         while picture := scaler.stdout.read(3 * WIDTH * HEIGHT):
@@ -77,7 +77,7 @@ def take_pictures(plan):
     with tempfile.TemporaryDirectory(prefix="measure-") as temporary:
         pipe = scaler.stdin.fileno()
         run_renderer(plan, Path(temporary), f"raw:0:{len(plan.times)}:{pipe}", threading.Event(), progress.show,
-                            [pipe], scaler.stdin.close, costs)
+                     [pipe], scaler.stdin.close, costs)
     reader.join()
     return pictures, costs
 

@@ -49,10 +49,10 @@ class Seek(unittest.TestCase):
         """{second: pixels} of a run that begins at `start`."""
         size = WIDTH * HEIGHT * 4
         plan = Plan(parse(["--hash", "--fast", "--from", str(start), "--to", str(end), "--fps", str(RATE),
-                                         "--size", f"{WIDTH}x{HEIGHT}"]), self.root)
+                           "--size", f"{WIDTH}x{HEIGHT}"]), self.root)
         with tempfile.TemporaryDirectory(prefix="seek-") as folder, tempfile.TemporaryFile() as file:
-            run_renderer(plan, pathlib.Path(folder), f"raw:0:{len(plan.times)}:{file.fileno()}",
-                                threading.Event(), lambda *_: None, [file.fileno()])
+            run_renderer(plan, pathlib.Path(folder), f"raw:0:{len(plan.times)}:{file.fileno()}", threading.Event(),
+                         lambda *_: None, [file.fileno()])
             file.seek(0)
             return {moment: file.read(size) for moment in plan.times}
 

@@ -30,7 +30,7 @@ const Shade SHADES[] = {{-1.8f, Vector3f(0.26f, 0.40f, 1.30f)},
                         {2.0f, Vector3f(1.50f, 0.27f, 0.13f)}};
 const std::vector<Music::Voice> TUNE = {Music::Voice::Lead, Music::Voice::Bell};
 const float GHOST = 0.3f;  // strength below which a snare is felt more than heard
-const float CHANGE = 0.2f; // seconds from one to the next
+const float CHANGE = 0.2f; // seconds from one chord's colour to the next
 
 float height(const Script::Effect& entry, double time)
 {
@@ -53,7 +53,7 @@ float fifths(double hertz)
     return float(place > 7 ? place - 12 : place);
 }
 
-// The loudest of the notes of these voices that start in the sixteenth at `time`; null where none does.
+// The loudest of the notes of these voices that start from one time on and before another; null where none does.
 const Music::Note* loudest(const std::vector<Music::Voice>& voices, double from, double to)
 {
     const Music::Note* found = nullptr;
